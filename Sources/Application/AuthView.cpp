@@ -1,0 +1,121 @@
+#include "Application/AuthView.h"
+
+#include "Application/AuthAnswer.h"
+#include "Base/Json.h"
+#include "Base/Task.h"
+#include "Server/MessengerAPI.h"
+
+namespace orvane {
+
+AuthView::AuthView(MessengerSession &session, MessengerAPI &api, const QString &server, int requestTimeoutMs)
+    : m_session(session)
+    , m_api(api)
+    , serverURL(server)
+    , m_requestTimeoutMs(requestTimeoutMs) {}
+
+void AuthView::submit() {
+    if (username.value().isEmpty() || password.value().isEmpty() || isLoading)
+        return;
+    isLoading = true;
+    errorMessage = QString();
+    const QString path =
+        isRegistering ? QStringLiteral("/api/auth/register") : QStringLiteral("/api/auth/login");
+    const QUrl url(serverURL + path, QUrl::StrictMode);
+    if (!url.isValid()) {
+        errorMessage = QStringLiteral("Неверный URL сервера");
+        isLoading = false;
+        return;
+    }
+    QNetworkRequest prepared = httpRequest(url, m_requestTimeoutMs);
+    prepared.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    launch(request(shared_from_this(), prepared, requestBody()));
+}
+
+void AuthView::switchMode() {
+    isRegistering = !isRegistering;
+    errorMessage = QString();
+}
+
+QCoro::Task<void> AuthView::request(Self self, QNetworkRequest prepared, QByteArray body) {
+    const HttpAnswer answer = co_await awaitAnswer(sharedNetwork().post(prepared, body));
+    self->complete(answer);
+}
+
+QCoro::Task<void> AuthView::registerDevice(Self self) {
+    try {
+        co_await self->m_api.registerDevice();
+    } catch (const std::exception &) {
+        // Dropped on purpose: the chat list registers the device again.
+    }
+}
+
+void AuthView::complete(const HttpAnswer &answer) {
+    isLoading = false;
+    if (!answer.transportError.isNull())
+        errorMessage = QStringLiteral("Ошибка сети: ") + answer.transportError;
+    else if (answer.status == 0)
+        errorMessage = QStringLiteral("Нет ответа от сервера");
+    else if (answer.status == 200 || answer.status == 201)
+        handleAuthSuccess(answer.body);
+    else
+        errorMessage = localizedAuthError(answer.body, answer.status);
+}
+
+void AuthView::handleAuthSuccess(const QByteArray &data) {
+    const auto answer = AuthAnswer::parse(data);
+    if (!answer) {
+        errorMessage = QStringLiteral("Неверный ответ сервера");
+        return;
+    }
+    if (!answer->deviceId.isEmpty() && answer->deviceId != m_session.deviceId.value())
+        m_session.adoptDeviceId(answer->deviceId);
+    try {
+        m_session.keychain.saveToken(answer->token);
+        m_session.keychain.saveUserInfo(answer->username, answer->userId);
+    } catch (const KeychainError &error) {
+        errorMessage = QStringLiteral("Ошибка сохранения: ") + localizedDescription(error);
+        return;
+    }
+    m_session.token = answer->token;
+    m_session.currentUserId = answer->userId;
+    m_session.currentUsername = answer->username;
+    m_session.currentDisplayName = answer->displayName;
+    m_session.isLoggedIn = true;
+    if (answer->syncCursor)
+        m_session.adoptSyncCursor(*answer->syncCursor);
+    if (answer->maxDevices)
+        m_session.maxDevices = *answer->maxDevices;
+    launch(registerDevice(shared_from_this()));
+}
+
+QString AuthView::localizedAuthError(const QByteArray &data, int statusCode) const {
+    std::optional<QString> code;
+    try {
+        const auto body = json::parseObject(data);
+        code = body ? json::text(*body, u"error_code") : std::nullopt;
+    } catch (const JsonError &) {
+        // A failure without a body that can be read is told by its status alone.
+    }
+    if (code == QLatin1String("invalid_credentials"))
+        return QStringLiteral("Неверный логин или пароль");
+    if (statusCode == 429)
+        return QStringLiteral("Слишком много попыток. Повторите через минуту");
+    if (statusCode == 400)
+        return QStringLiteral("Проверьте введённые данные");
+    if (statusCode == 409 && isRegistering)
+        return QStringLiteral("Этот логин уже занят");
+    return QStringLiteral("Не удалось выполнить вход (код %1)").arg(statusCode);
+}
+
+QByteArray AuthView::requestBody() const {
+    QJsonObject body{{QStringLiteral("username"), username.value()},
+                     {QStringLiteral("password"), password.value()}};
+    if (isRegistering && !displayName.value().isEmpty())
+        body.insert(QStringLiteral("display_name"), displayName.value());
+    const auto device = m_session.devicePayload();
+    for (auto entry = device.cbegin(); entry != device.cend(); ++entry)
+        body.insert(entry.key(), entry.value());
+    return json::compact(body);
+}
+
+} // namespace orvane

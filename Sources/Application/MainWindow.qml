@@ -1,0 +1,39 @@
+import QtQuick
+import OrvaneTalk.Application
+import OrvaneTalk.ChatList
+import OrvaneTalk.Interface
+
+Window {
+    id: root
+
+    required property OrvaneTalkApp app
+
+    width: 900
+    height: 650
+    minimumWidth: app.chatList ? 800 : 420
+    minimumHeight: 600
+    visible: true
+    title: "OrvaneTalk"
+    color: Theme.background
+
+    Loader {
+        anchors.fill: parent
+        active: root.app.auth !== null
+        focus: active
+        sourceComponent: AuthScreen {
+            focus: true
+            screen: root.app.auth
+        }
+    }
+    Loader {
+        anchors.fill: parent
+        active: root.app.chatList !== null
+        focus: active
+        sourceComponent: ChatListScreen {
+            focus: true
+            screen: root.app.chatList
+            listWidth: root.app.listWidth
+            onListWidthChanged: root.app.listWidth = listWidth
+        }
+    }
+}

@@ -1,0 +1,50 @@
+#include "Application/OrvaneTalkApp.h"
+
+#include "Session/OrvaneTalkEndpoint.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+namespace {
+
+constexpr int narrowest = 260;
+constexpr int usual = 320;
+constexpr int widest = 420;
+
+// Screens are QObjects that QML still looks at while they are replaced, so they die by the event loop.
+template <typename Screen, typename... Arguments>
+std::shared_ptr<Screen> makeScreen(Arguments &&...arguments) {
+    return std::shared_ptr<Screen>(new Screen(std::forward<Arguments>(arguments)...),
+                                   [](Screen *screen) { screen->deleteLater(); });
+}
+
+} // namespace
+
+OrvaneTalkApp::OrvaneTalkApp(MessengerSession &session)
+    : m_session(session)
+    , m_listWidth(int(m_defaults.integer(QStringLiteral("window/list_width")))) {
+    m_listWidth = m_listWidth == 0 ? usual : std::clamp(m_listWidth, narrowest, widest);
+    switchRoot();
+    m_switch = m_session.isLoggedIn.addNotifier([this] { switchRoot(); });
+}
+
+void OrvaneTalkApp::setListWidth(int width) {
+    if (width == m_listWidth)
+        return;
+    m_listWidth = width;
+    Q_EMIT listWidthChanged();
+}
+
+void OrvaneTalkApp::switchRoot() {
+    // Whatever goes away lives until everybody has been told.
+    const std::shared_ptr<AuthView> closingForm = std::move(m_auth);
+    const std::shared_ptr<MessengerChatListView> closingList = std::move(m_chatList);
+    if (m_session.isLoggedIn)
+        m_chatList = makeScreen<MessengerChatListView>(m_session);
+    else
+        m_auth = makeScreen<AuthView>(m_session, MessengerAPI::shared(), OrvaneTalkEndpoint::baseURL());
+    Q_EMIT rootChanged();
+}
+
+} // namespace orvane

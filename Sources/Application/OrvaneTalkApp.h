@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Application/AuthView.h"
+#include "ChatList/MessengerChatListView.h"
+
+#include <QtQml/qqmlregistration.h>
+
+#include <memory>
+
+namespace orvane {
+
+/// The root of the program: it shows the sign-in form or the chat list, as the session says, and makes each
+/// anew whenever the session switches. Main thread.
+class OrvaneTalkApp : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the program's entry.")
+    /// Exactly one of these two is not null.
+    Q_PROPERTY(orvane::AuthView *auth READ auth NOTIFY rootChanged)
+    Q_PROPERTY(orvane::MessengerChatListView *chatList READ chatList NOTIFY rootChanged)
+    /// Logical pixels; remembered over restarts.
+    Q_PROPERTY(int listWidth READ listWidth WRITE setListWidth NOTIFY listWidthChanged)
+
+public:
+    explicit OrvaneTalkApp(MessengerSession &session = MessengerSession::shared());
+
+    AuthView *auth() const { return m_auth.get(); }
+    MessengerChatListView *chatList() const { return m_chatList.get(); }
+    int listWidth() const { return m_listWidth; }
+    void setListWidth(int width);
+
+Q_SIGNALS:
+    void rootChanged();
+    void listWidthChanged();
+
+private:
+    void switchRoot();
+
+    MessengerSession &m_session;
+    UserDefaults m_defaults;
+    int m_listWidth;
+    std::shared_ptr<AuthView> m_auth;
+    std::shared_ptr<MessengerChatListView> m_chatList;
+    QPropertyNotifier m_switch;
+};
+
+} // namespace orvane

@@ -1,0 +1,9 @@
+#include "Base/DescribedError.h"
+
+namespace orvane {
+
+QString localizedDescription(const std::exception &error) {
+    return QString::fromUtf8(error.what());
+}
+
+} // namespace orvane

@@ -1,0 +1,9 @@
+#include "Base/RecordList.h"
+
+namespace orvane {
+
+QHash<int, QByteArray> RecordListModel::roleNames() const {
+    return {{RecordRole, "record"}};
+}
+
+} // namespace orvane

@@ -1,0 +1,105 @@
+import QtQuick
+import OrvaneTalk.ChatList
+import OrvaneTalk.Interface
+import OrvaneTalk.Model
+
+// One chat of the list.
+Item {
+    id: root
+
+    required property messengerChat record
+    required property int index
+    required property MessengerChatListView screen
+
+    readonly property bool open_: screen.selectedChatID === record.id
+    readonly property bool current: ListView.isCurrentItem && ListView.view.activeFocus
+    readonly property string peer: screen.peerId(record)
+    readonly property string name: {
+        void screen.contactsRevision;
+        return screen.displayName(record);
+    }
+    readonly property bool online: {
+        void screen.contactsRevision;
+        return peer !== "" && screen.isOnline(peer);
+    }
+    readonly property bool unread: record.unreadCount > 0
+
+    function open() {
+        ListView.view.currentIndex = index;
+        screen.selectedChatID = record.id;
+    }
+
+    height: Theme.rowHeight
+    Accessible.role: Accessible.ListItem
+    Accessible.name: {
+        void screen.contactsRevision;
+        return screen.spokenChat(record);
+    }
+    Accessible.focusable: true
+    Accessible.selected: open_
+    Accessible.onPressAction: root.open()
+
+    Rectangle {
+        anchors { fill: parent; leftMargin: Theme.gap8; rightMargin: Theme.gap8; topMargin: 1; bottomMargin: 1 }
+        radius: Theme.controlRadius
+        color: root.open_ ? Theme.selection : tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
+        border { width: root.current ? 2 : 0; color: Theme.accent }
+        Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+    }
+    HoverHandler { id: hover }
+    TapHandler {
+        id: tap
+        onTapped: root.open()
+    }
+    Avatar {
+        id: avatar
+        anchors { left: parent.left; leftMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
+        hueId: root.peer || root.record.id
+        name: root.name
+        symbol: root.record.type === "group" ? "person.3.fill" : root.record.type === "channel" ? "megaphone.fill" : ""
+        online: root.online
+        ground: Theme.surface
+    }
+    PlainText {
+        id: title
+        anchors {
+            left: avatar.right; leftMargin: Theme.gap12
+            right: time.left; rightMargin: Theme.gap8
+            bottom: preview.text ? parent.verticalCenter : undefined
+            verticalCenter: preview.text ? undefined : parent.verticalCenter
+        }
+        maximumLineCount: 1
+        text: root.name
+        font: root.unread ? Theme.strongBodyFont : Theme.bodyFont
+        color: root.unread || root.open_ ? Theme.text : Theme.dimmed
+        Accessible.ignored: true
+    }
+    PlainText {
+        id: time
+        anchors { right: parent.right; rightMargin: Theme.gap16; baseline: title.baseline }
+        text: root.record.lastMessage ? DisplayTimes.brief(root.record.lastMessage.timestamp) : ""
+        font: Theme.captionFont
+        color: Theme.dimmed
+        Accessible.ignored: true
+    }
+    PlainText {
+        id: preview
+        anchors {
+            left: title.left
+            right: badge.visible ? badge.left : parent.right
+            rightMargin: badge.visible ? Theme.gap8 : Theme.gap16
+            top: parent.verticalCenter
+            topMargin: 2
+        }
+        maximumLineCount: 1
+        text: root.record.lastMessage ? root.record.lastMessage.content.replace(/\s+/g, " ") : ""
+        font: Theme.secondaryFont
+        color: Theme.dimmed
+        Accessible.ignored: true
+    }
+    CountBadge {
+        id: badge
+        anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: preview.verticalCenter }
+        count: root.record.unreadCount
+    }
+}

@@ -1,0 +1,30 @@
+import QtQuick
+import QtQuick.Templates as T
+import OrvaneTalk.Interface
+
+// A quiet action in the form of a line of text.
+T.Button {
+    id: root
+
+    implicitHeight: 32
+    implicitWidth: label.implicitWidth + 2 * Theme.gap8
+    hoverEnabled: true
+    font: Theme.secondaryFont
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    background: Item {
+        FocusRing { control: root }
+    }
+    contentItem: PlainText {
+        id: label
+        text: root.text
+        font.family: root.font.family
+        font.pixelSize: root.font.pixelSize
+        font.underline: root.hovered
+        color: Theme.accent
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+    }
+    HoverHandler { cursorShape: Qt.PointingHandCursor }
+}

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Model/OrvaneTheme.h"
+
+#include <QColor>
+#include <QFont>
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+namespace orvane {
+
+/// The tokens that every screen is drawn with: colours, type scale, spacing, radii and motion. Lengths are
+/// logical pixels, times milliseconds. QML sees it as the singleton `Theme`. Main thread.
+class Theme : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+
+    Q_PROPERTY(QColor background MEMBER background NOTIFY changed)
+    Q_PROPERTY(QColor surface MEMBER surface NOTIFY changed)
+    Q_PROPERTY(QColor raised MEMBER raised NOTIFY changed)
+    Q_PROPERTY(QColor pressed MEMBER pressed NOTIFY changed)
+    Q_PROPERTY(QColor divider MEMBER divider NOTIFY changed)
+    Q_PROPERTY(QColor text MEMBER text NOTIFY changed)
+    Q_PROPERTY(QColor dimmed MEMBER dimmed NOTIFY changed)
+    Q_PROPERTY(QColor faint MEMBER faint NOTIFY changed)
+    Q_PROPERTY(QColor accent MEMBER accent NOTIFY changed)
+    Q_PROPERTY(QColor onAccent MEMBER onAccent NOTIFY changed)
+    Q_PROPERTY(QColor selection MEMBER selection NOTIFY changed)
+    Q_PROPERTY(QColor ownBubble MEMBER ownBubble NOTIFY changed)
+    Q_PROPERTY(QColor onOwnBubble MEMBER onOwnBubble NOTIFY changed)
+    Q_PROPERTY(QColor dimmedOnOwnBubble MEMBER dimmedOnOwnBubble NOTIFY changed)
+    Q_PROPERTY(QColor danger MEMBER danger NOTIFY changed)
+    Q_PROPERTY(QColor online MEMBER online NOTIFY changed)
+
+    Q_PROPERTY(QFont titleFont MEMBER titleFont CONSTANT)
+    Q_PROPERTY(QFont headingFont MEMBER headingFont CONSTANT)
+    Q_PROPERTY(QFont bodyFont MEMBER bodyFont CONSTANT)
+    Q_PROPERTY(QFont strongBodyFont MEMBER strongBodyFont CONSTANT)
+    Q_PROPERTY(QFont secondaryFont MEMBER secondaryFont CONSTANT)
+    Q_PROPERTY(QFont captionFont MEMBER captionFont CONSTANT)
+    Q_PROPERTY(double lineHeight MEMBER lineHeight CONSTANT)
+
+    Q_PROPERTY(int gap4 MEMBER gap4 CONSTANT)
+    Q_PROPERTY(int gap8 MEMBER gap8 CONSTANT)
+    Q_PROPERTY(int gap12 MEMBER gap12 CONSTANT)
+    Q_PROPERTY(int gap16 MEMBER gap16 CONSTANT)
+    Q_PROPERTY(int gap24 MEMBER gap24 CONSTANT)
+    Q_PROPERTY(int gap32 MEMBER gap32 CONSTANT)
+    Q_PROPERTY(int bubbleRadius MEMBER bubbleRadius CONSTANT)
+    Q_PROPERTY(int cardRadius MEMBER cardRadius CONSTANT)
+    Q_PROPERTY(int controlRadius MEMBER controlRadius CONSTANT)
+    Q_PROPERTY(int tailRadius MEMBER tailRadius CONSTANT)
+    Q_PROPERTY(int rowHeight MEMBER rowHeight CONSTANT)
+    Q_PROPERTY(int hoverDuration MEMBER hoverDuration CONSTANT)
+    Q_PROPERTY(int panelDuration MEMBER panelDuration CONSTANT)
+
+public:
+    explicit Theme(QObject *parent = nullptr);
+
+    void use(OrvaneTheme theme);
+
+    /// White text stands on each of these at 4.5 : 1. The same id always gets the same hue.
+    Q_INVOKABLE QColor hueOf(const QString &id) const;
+
+    /// The share of `over` in a mix with `ground`, 0 to 1, in sRGB.
+    static QColor mix(const QColor &ground, const QColor &over, double share);
+    /// WCAG 2 contrast ratio of two opaque colours, 1 to 21.
+    static double contrast(const QColor &a, const QColor &b);
+
+    QColor background, surface, raised, pressed, divider;
+    QColor text, dimmed, faint;
+    QColor accent, onAccent, selection;
+    QColor ownBubble, onOwnBubble, dimmedOnOwnBubble;
+    QColor danger, online;
+
+    QFont titleFont, headingFont, bodyFont, strongBodyFont, secondaryFont, captionFont;
+    double lineHeight = 1.35;
+
+    int gap4 = 4, gap8 = 8, gap12 = 12, gap16 = 16, gap24 = 24, gap32 = 32;
+    int bubbleRadius = 16, cardRadius = 12, controlRadius = 8, tailRadius = 4;
+    int rowHeight = 64;
+    int hoverDuration = 120, panelDuration = 180;
+
+Q_SIGNALS:
+    void changed();
+};
+
+} // namespace orvane

@@ -1,0 +1,113 @@
+#include "Model/MessengerMock.h"
+
+#include "Base/FreshId.h"
+
+namespace orvane::MessengerMock {
+
+namespace {
+
+constexpr auto assistantId = "ai_orvanetalk";
+
+MessengerUser user(const QString &id, const QString &displayName, bool isAI) {
+    MessengerUser result;
+    result.id = id;
+    result.displayName = displayName;
+    result.status = UserStatus::offline;
+    result.isAI = isAI;
+    return result;
+}
+
+struct Sample {
+    const char *id;
+    ChatType type;
+    const char *title;
+    QStringList participants;
+    qint64 unreadCount;
+    const char *senderID;
+    MessageType messageType;
+    const char *content;
+    qint64 ageSeconds;
+};
+
+MessengerChat chat(const Sample &sample, const QDateTime &now) {
+    MessengerMessage last;
+    last.id = freshId();
+    last.chatID = QString::fromLatin1(sample.id);
+    last.senderID = QString::fromLatin1(sample.senderID);
+    last.type = sample.messageType;
+    last.content = QString::fromLatin1(sample.content);
+    last.timestamp = now.addSecs(-sample.ageSeconds);
+    last.deliveryStatus = DeliveryStatus::sent;
+
+    MessengerChat result;
+    result.id = last.chatID;
+    result.type = sample.type;
+    if (sample.title)
+        result.title = QString::fromLatin1(sample.title);
+    result.participants = sample.participants;
+    result.lastMessage = last;
+    result.unreadCount = sample.unreadCount;
+    result.createdAt = now;
+    result.updatedAt = now;
+    result.aiEnabled = true;
+    return result;
+}
+
+} // namespace
+
+const MessengerUser &currentUser() {
+    static const MessengerUser me = user(QStringLiteral("me"), QStringLiteral("Alex"), false);
+    return me;
+}
+
+const MessengerUser &aiAssistant() {
+    static const MessengerUser assistant =
+        user(QString::fromLatin1(assistantId), QStringLiteral("Orvane AI"), true);
+    return assistant;
+}
+
+const QList<MessengerChat> &sampleChats() {
+    static const QList<MessengerChat> chats = [] {
+        const QDateTime now = QDateTime::currentDateTime();
+        const QString me = QStringLiteral("me");
+        const QString assistant = QString::fromLatin1(assistantId);
+        const QStringList team{me, QStringLiteral("u2"), QStringLiteral("u3"), QStringLiteral("u4")};
+        const Sample samples[] = {
+            {"c1",
+             ChatType::direct,
+             "Maria",
+             {me, QStringLiteral("u1")},
+             2,
+             "u1",
+             MessageType::text,
+             "Docs ready",
+             120},
+            {"c2", ChatType::group, "Dev Team", team, 0, "u4", MessageType::text, "Deploy done", 600},
+            {"c3",
+             ChatType::direct,
+             nullptr,
+             {me, assistant},
+             1,
+             assistantId,
+             MessageType::aiResponse,
+             "Analyzed your chats today.",
+             60},
+            {"c4",
+             ChatType::direct,
+             nullptr,
+             {me, QStringLiteral("u5")},
+             0,
+             "me",
+             MessageType::text,
+             "Text me when back",
+             7200},
+        };
+        QList<MessengerChat> result;
+        for (const Sample &sample : samples)
+            result.append(chat(sample, now));
+        return result;
+    }();
+    return chats;
+}
+
+} // namespace orvane::MessengerMock

@@ -1,0 +1,59 @@
+#include "Model/OrvaneTheme.h"
+
+namespace orvane {
+
+namespace {
+
+struct Row {
+    OrvaneTheme theme;
+    QLatin1String rawValue;
+    ThemeColour background;
+    ThemeColour accent;
+    bool light;
+};
+
+// In the order of the enumeration, so that a theme is its own index.
+constexpr Row rows[] = {
+    {OrvaneTheme::orvane, QLatin1String("OrvaneTalk"), {0.05, 0.07, 0.06}, {0.0, 0.9, 0.6}, false},
+    {OrvaneTheme::midnight, QLatin1String("Midnight"), {0.08, 0.08, 0.15}, {0.49, 0.55, 1.0}, false},
+    {OrvaneTheme::dracula, QLatin1String("Dracula"), {0.16, 0.16, 0.21}, {0.74, 0.58, 0.98}, false},
+    {OrvaneTheme::nous, QLatin1String("Nous"), {0.97, 0.97, 0.98}, {0.04, 0.45, 0.33}, true},
+};
+
+const Row &row(OrvaneTheme theme) {
+    return rows[size_t(theme)];
+}
+
+} // namespace
+
+const QList<OrvaneTheme> &allThemes() {
+    static const QList<OrvaneTheme> themes{OrvaneTheme::orvane, OrvaneTheme::midnight, OrvaneTheme::dracula,
+                                           OrvaneTheme::nous};
+    return themes;
+}
+
+QString rawValue(OrvaneTheme theme) {
+    return row(theme).rawValue;
+}
+
+std::optional<OrvaneTheme> themeFromRawValue(const QString &text) {
+    for (const Row &candidate : rows) {
+        if (text == candidate.rawValue)
+            return candidate.theme;
+    }
+    return std::nullopt;
+}
+
+ThemeColour background(OrvaneTheme theme) {
+    return row(theme).background;
+}
+
+ThemeColour accent(OrvaneTheme theme) {
+    return row(theme).accent;
+}
+
+bool isLight(OrvaneTheme theme) {
+    return row(theme).light;
+}
+
+} // namespace orvane

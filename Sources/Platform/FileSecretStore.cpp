@@ -1,0 +1,87 @@
+#include "Platform/FileSecretStore.h"
+
+#include "Base/Json.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace orvane {
+
+namespace {
+
+constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
+
+QString keyOf(const QString &service, const QString &account) {
+    return service + QLatin1Char('/') + account;
+}
+
+} // namespace
+
+FileSecretStore::FileSecretStore(const QString &path)
+    : m_path(path) {}
+
+qint32 FileSecretStore::add(const QString &service, const QString &account, const QString &label,
+                            const QByteArray &data) {
+    std::optional<QJsonObject> items = read();
+    if (!items) {
+        QFile::remove(m_path + QStringLiteral(".damaged"));
+        if (!QFile::rename(m_path, m_path + QStringLiteral(".damaged")))
+            return SecretStatus::notWritten;
+        items.emplace();
+    }
+    items->insert(keyOf(service, account),
+                  QJsonObject{{QStringLiteral("label"), label},
+                              {QStringLiteral("data"), QString::fromLatin1(data.toBase64())}});
+    return write(*items);
+}
+
+SecretStore::Match FileSecretStore::copyMatching(const QString &service, const QString &account) {
+    const auto items = read();
+    if (!items)
+        return {SecretStatus::damaged, {}};
+    const auto item = json::object(*items, keyOf(service, account));
+    if (!item)
+        return {SecretStatus::itemNotFound, {}};
+    const auto data = QByteArray::fromBase64Encoding(
+        json::text(*item, u"data").value_or(QString()).toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    return data ? Match{SecretStatus::success, *data} : Match{SecretStatus::damaged, {}};
+}
+
+qint32 FileSecretStore::remove(const QString &service, const QString &account) {
+    auto items = read();
+    if (!items)
+        return SecretStatus::damaged;
+    const QString key = keyOf(service, account);
+    if (!items->contains(key))
+        return SecretStatus::itemNotFound;
+    items->remove(key);
+    return write(*items);
+}
+
+std::optional<QJsonObject> FileSecretStore::read() const {
+    QFile file(m_path);
+    if (!file.exists())
+        return QJsonObject();
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    try {
+        return json::parseObject(file.readAll());
+    } catch (const JsonError &) {
+        return std::nullopt;
+    }
+}
+
+qint32 FileSecretStore::write(const QJsonObject &items) const {
+    if (!QDir().mkpath(QFileInfo(m_path).path()))
+        return SecretStatus::notWritten;
+    QSaveFile file(m_path);
+    const QByteArray bytes = json::compact(items);
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(ownerOnly) ||
+        file.write(bytes) != bytes.size() || !file.commit())
+        return SecretStatus::notWritten;
+    return SecretStatus::success;
+}
+
+} // namespace orvane

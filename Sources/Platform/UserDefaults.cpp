@@ -1,0 +1,34 @@
+#include "Platform/UserDefaults.h"
+
+namespace orvane {
+
+UserDefaults::UserDefaults()
+    : m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("OrvaneTalk"),
+                 QStringLiteral("OrvaneTalk")) {}
+
+UserDefaults::UserDefaults(const QString &path)
+    : m_settings(path, QSettings::IniFormat) {}
+
+std::optional<QString> UserDefaults::text(const QString &key) const {
+    const QVariant value = m_settings.value(key);
+    return value.isValid() ? std::optional(value.toString()) : std::nullopt;
+}
+
+qint64 UserDefaults::integer(const QString &key) const {
+    return m_settings.value(key).toLongLong();
+}
+
+void UserDefaults::set(const QString &key, const QString &value) {
+    write(key, value);
+}
+
+void UserDefaults::set(const QString &key, qint64 value) {
+    write(key, value);
+}
+
+void UserDefaults::write(const QString &key, const QVariant &value) {
+    m_settings.setValue(key, value);
+    m_settings.sync();
+}
+
+} // namespace orvane

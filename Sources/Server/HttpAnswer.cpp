@@ -1,0 +1,57 @@
+#include "Server/HttpAnswer.h"
+
+#include <QCoroNetworkReply>
+#include <QNetworkReply>
+
+namespace orvane {
+
+namespace {
+
+// An error status is an answer; a connection that broke is none, whatever status it had begun with.
+bool failedBelowHttp(const QNetworkReply &reply, int status) {
+    switch (reply.error()) {
+    case QNetworkReply::NoError:
+        return false;
+    case QNetworkReply::ProtocolUnknownError:
+    case QNetworkReply::ProtocolFailure:
+        return true;
+    case QNetworkReply::ProtocolInvalidOperationError:
+        return status == 0;
+    default:
+        return status == 0 || reply.error() < QNetworkReply::ContentAccessDenied;
+    }
+}
+
+QString describe(const QNetworkReply &reply) {
+    // Nothing here aborts a request but its own time-out.
+    if (reply.error() == QNetworkReply::OperationCanceledError)
+        return QStringLiteral("The request timed out.");
+    return reply.errorString();
+}
+
+} // namespace
+
+QNetworkAccessManager &sharedNetwork() {
+    static auto *network = new QNetworkAccessManager;
+    return *network;
+}
+
+QNetworkRequest httpRequest(const QUrl &url, int timeoutMs) {
+    QNetworkRequest request(url);
+    request.setTransferTimeout(timeoutMs);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
+    return request;
+}
+
+QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply) {
+    co_await reply;
+    HttpAnswer answer;
+    answer.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    answer.body = reply->readAll();
+    if (failedBelowHttp(*reply, answer.status))
+        answer.transportError = describe(*reply);
+    reply->deleteLater();
+    co_return answer;
+}
+
+} // namespace orvane

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QByteArray>
+#include <QNetworkAccessManager>
+#include <QString>
+
+#include <QCoroTask>
+
+namespace orvane {
+
+/// What came back for one HTTP request.
+struct HttpAnswer {
+    /// 0 when nothing that speaks HTTP answered.
+    int status = 0;
+    /// As far as it arrived.
+    QByteArray body;
+    /// Words for a failure below HTTP (no connection, time-out, an answer cut short); null when there was
+    /// none.
+    QString transportError;
+};
+
+/// The network access that all requests of the process share. Main thread.
+QNetworkAccessManager &sharedNetwork();
+
+/// A request for `url` that gives up after `timeoutMs` without a byte and follows redirects within one origin
+/// only, so that a token never travels to another host.
+QNetworkRequest httpRequest(const QUrl &url, int timeoutMs);
+
+/// Waits for the reply and frees it. Never throws. Main thread.
+QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply);
+
+} // namespace orvane

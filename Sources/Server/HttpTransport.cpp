@@ -1,0 +1,64 @@
+#include "Server/HttpTransport.h"
+
+#include "Base/Json.h"
+#include "Server/ApiError.h"
+#include "Server/HttpAnswer.h"
+
+namespace orvane {
+
+namespace {
+
+QCoro::Task<QByteArray> bodyOf(QNetworkReply *reply) {
+    const HttpAnswer answer = co_await awaitAnswer(reply);
+    if (!answer.transportError.isNull())
+        throw TransportError(answer.transportError);
+    if (answer.status >= 400)
+        throw ApiError::api(answer.status);
+    co_return answer.body;
+}
+
+} // namespace
+
+HttpTransport::HttpTransport(const QString &base, MessengerSession &session, int timeoutMs)
+    : m_base(base)
+    , m_session(session)
+    , m_timeoutMs(timeoutMs) {}
+
+QCoro::Task<QByteArray> HttpTransport::get(const QString &path) {
+    return bodyOf(sharedNetwork().get(request(path)));
+}
+
+QCoro::Task<QByteArray> HttpTransport::post(const QString &path, const QJsonObject &body,
+                                            const Headers &additionalHeaders) {
+    QNetworkRequest prepared = jsonRequest(path);
+    for (auto header = additionalHeaders.cbegin(); header != additionalHeaders.cend(); ++header)
+        prepared.setRawHeader(header.key().toUtf8(), header.value().toUtf8());
+    return bodyOf(sharedNetwork().post(prepared, json::compact(body)));
+}
+
+QCoro::Task<QByteArray> HttpTransport::patch(const QString &path, const QJsonObject &body) {
+    return bodyOf(sharedNetwork().sendCustomRequest(jsonRequest(path), "PATCH", json::compact(body)));
+}
+
+QCoro::Task<QByteArray> HttpTransport::del(const QString &path, const QJsonObject &body) {
+    return bodyOf(sharedNetwork().sendCustomRequest(jsonRequest(path), "DELETE", json::compact(body)));
+}
+
+QNetworkRequest HttpTransport::request(const QString &path) const {
+    const QUrl url(m_base + path, QUrl::StrictMode);
+    if (!url.isValid())
+        qFatal("\"%s%s\" is no URL: check ORVANETALK_API_BASE.", qUtf8Printable(m_base),
+               qUtf8Printable(path));
+    QNetworkRequest prepared = httpRequest(url, m_timeoutMs);
+    if (m_session.token)
+        prepared.setRawHeader("Authorization", "Bearer " + m_session.token->toUtf8());
+    return prepared;
+}
+
+QNetworkRequest HttpTransport::jsonRequest(const QString &path) const {
+    QNetworkRequest prepared = request(path);
+    prepared.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    return prepared;
+}
+
+} // namespace orvane

@@ -1,0 +1,136 @@
+#include "Server/MessengerWebSocket.h"
+
+#include "Base/Json.h"
+#include "Base/LogLine.h"
+#include "Session/OrvaneTalkEndpoint.h"
+
+#include <QUrl>
+#include <QWebSocket>
+
+namespace orvane {
+
+/// One socket, with the frames that wait for its handshake.
+struct MessengerWebSocket::Connection : QObject {
+    explicit Connection(QObject *parent)
+        : QObject(parent) {}
+
+    void send(const QString &frame) {
+        if (socket.state() == QAbstractSocket::ConnectedState)
+            socket.sendTextMessage(frame);
+        else if (!ended)
+            waiting.append(frame);
+    }
+
+    void flush() {
+        for (const QString &frame : std::as_const(waiting))
+            socket.sendTextMessage(frame);
+        waiting.clear();
+    }
+
+    QWebSocket socket;
+    QStringList waiting;
+    bool ended = false;
+};
+
+MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, QObject *parent)
+    : QObject(parent)
+    , m_url(url)
+    , m_timing(timing) {
+    QObject::connect(&timer, &QTimer::timeout, this, [this] {
+        send({{QStringLiteral("type"), QStringLiteral("ping")}});
+    });
+    reconnectTimer.setSingleShot(true);
+    QObject::connect(&reconnectTimer, &QTimer::timeout, this, &MessengerWebSocket::reconnect);
+}
+
+MessengerWebSocket::~MessengerWebSocket() = default;
+
+MessengerWebSocket &MessengerWebSocket::shared() {
+    static auto *socket = new MessengerWebSocket(OrvaneTalkEndpoint::webSocketURL(), Timing{});
+    return *socket;
+}
+
+void MessengerWebSocket::connect(const QString &token) {
+    currentToken = token;
+    const QUrl url(m_url, QUrl::StrictMode);
+    if (!url.isValid())
+        return;
+    if (ws && ws->ended)
+        ws->deleteLater();
+    ws = new Connection(this);
+    follow(*ws);
+    // The first frame is the whole handshake: the token stands in no URL and no header.
+    send({{QStringLiteral("type"), QStringLiteral("auth")}, {QStringLiteral("token"), token}});
+    ws->socket.open(url);
+    timer.start(m_timing.pingInterval);
+}
+
+void MessengerWebSocket::send(const QJsonObject &map) {
+    if (ws)
+        ws->send(QString::fromUtf8(json::compact(map)));
+}
+
+void MessengerWebSocket::follow(Connection &connection) {
+    Connection *self = &connection;
+    // A replaced connection still reports the one thing that was being waited for, and nothing after it.
+    const auto detachIfReplaced = [this, self] {
+        if (self != ws)
+            self->socket.disconnect(this);
+    };
+    QObject::connect(&self->socket, &QWebSocket::connected, self, &Connection::flush);
+    QObject::connect(&self->socket, &QWebSocket::textMessageReceived, this,
+                     [this, detachIfReplaced](const QString &text) {
+                         detachIfReplaced();
+                         received(&text);
+                     });
+    QObject::connect(&self->socket, &QWebSocket::binaryMessageReceived, this, [this, detachIfReplaced] {
+        detachIfReplaced();
+        received(nullptr);
+    });
+    // Every failure ends here, that of the handshake too.
+    QObject::connect(&self->socket, &QWebSocket::disconnected, this, [this, self, detachIfReplaced] {
+        self->ended = true;
+        detachIfReplaced();
+        failed();
+    });
+    QObject::connect(&self->socket, &QWebSocket::disconnected, self, [this, self] {
+        if (self != ws)
+            self->deleteLater();
+    });
+}
+
+void MessengerWebSocket::received(const QString *text) {
+    isConnected = true;
+    reconnectTimer.stop();
+    if (text)
+        handleMessage(*text);
+}
+
+void MessengerWebSocket::failed() {
+    isConnected = false;
+    scheduleReconnect();
+}
+
+void MessengerWebSocket::handleMessage(const QString &text) {
+    try {
+        const auto object = json::parseObject(text.toUtf8());
+        const auto type = object ? json::text(*object, u"type") : std::nullopt;
+        if (type && *type != QLatin1String("pong"))
+            Q_EMIT events(WSEvent{*type, *object});
+    } catch (const JsonError &) {
+        // Frames that can't be read are dropped on purpose.
+    }
+}
+
+void MessengerWebSocket::scheduleReconnect() {
+    reconnectTimer.start(m_timing.reconnectDelay);
+}
+
+void MessengerWebSocket::reconnect() {
+    if (!currentToken)
+        return;
+    logLine(QStringLiteral("🔌 Reconnecting WebSocket..."));
+    connect(*currentToken);
+}
+
+} // namespace orvane

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Base/Observable.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+class QWebSocket;
+
+namespace orvane {
+
+/// One event of the server: its type and the whole object, `type` included.
+struct WSEvent {
+    QString type;
+    QJsonObject data;
+};
+
+/// The connection to the server's event stream (RFC 6455, JSON text frames). It authenticates with its first
+/// frame, pings, and after a failure connects again after a fixed delay for as long as the process lives.
+/// Frames that are no JSON object with a text `type` are dropped, and so is "pong". Main thread.
+///
+///     idle --connect--> waiting --frame--> connected
+///                          |                  |
+///                          +----failure-------+--> failed --delay--> waiting
+class MessengerWebSocket : public QObject {
+    Q_OBJECT
+
+    /// True once a frame has arrived since the last failure.
+    OBSERVABLE(bool, isConnected)
+
+public:
+    struct Timing {
+        std::chrono::milliseconds pingInterval{30'000};
+        std::chrono::milliseconds reconnectDelay{5'000};
+    };
+
+    MessengerWebSocket(const QString &url, Timing timing, QObject *parent = nullptr);
+    ~MessengerWebSocket() override;
+
+    static MessengerWebSocket &shared();
+
+    /// Opens a new connection and leaves the one before to end by itself. A URL that can't be read does
+    /// nothing.
+    void connect(const QString &token);
+
+    /// Sends the map as one text frame, after the handshake if that is still going on. Dropped without a
+    /// connection.
+    void send(const QJsonObject &map);
+
+Q_SIGNALS:
+    /// Every event from now on, in order, synchronously.
+    void events(const orvane::WSEvent &event);
+
+private:
+    struct Connection;
+
+    void follow(Connection &connection);
+    void received(const QString *text);
+    void failed();
+    void handleMessage(const QString &text);
+    void scheduleReconnect();
+    void reconnect();
+
+    QString m_url;
+    Timing m_timing;
+    /// The current connection; the ones before stay children of this object until they end.
+    Connection *ws = nullptr;
+    QTimer timer;
+    QTimer reconnectTimer;
+    std::optional<QString> currentToken;
+};
+
+} // namespace orvane

@@ -1,0 +1,98 @@
+#include "Session/MessengerSession.h"
+
+#include "Platform/ChosenSecretStore.h"
+
+#include <QUuid>
+
+namespace orvane {
+
+namespace {
+
+QString newDeviceId() {
+    const QString hex = QUuid::createUuid().toString(QUuid::WithoutBraces).remove(u'-');
+    return QStringLiteral("dev_") + hex.left(16).toLower();
+}
+
+} // namespace
+
+MessengerSession::MessengerSession(std::unique_ptr<SecretStore> store,
+                                   std::unique_ptr<UserDefaults> userDefaults, QObject *parent)
+    : QObject(parent)
+    , keychain(std::move(store))
+    , defaults(std::move(userDefaults)) {
+    restoreDevice();
+    try {
+        restoreUser();
+    } catch (const KeychainError &) {
+        // A store that can't be read is the same as an empty one: the person signs in again.
+    }
+}
+
+MessengerSession &MessengerSession::shared() {
+    static auto *session =
+        new MessengerSession(ChosenSecretStore::forThisDesktop(), std::make_unique<UserDefaults>());
+    return *session;
+}
+
+QMap<QString, QString> MessengerSession::devicePayload() const {
+    return {{QStringLiteral("device_id"), deviceId},
+            {QStringLiteral("device_name"), QStringLiteral("Mac")},
+            {QStringLiteral("platform"), QStringLiteral("macos")}};
+}
+
+QString MessengerSession::userIdText() const {
+    return QString::number(currentUserId.value().value_or(0));
+}
+
+void MessengerSession::adoptDeviceId(const QString &id) {
+    deviceId = id;
+    defaults->set(QStringLiteral("ot_device_id"), id);
+}
+
+void MessengerSession::adoptSyncCursor(qint64 cursor) {
+    syncCursor = cursor;
+    defaults->set(QStringLiteral("ot_sync_cursor"), cursor);
+}
+
+void MessengerSession::logout() {
+    try {
+        keychain.clear();
+    } catch (const KeychainError &) {
+        // Signing out must not fail; the items are overwritten by the next sign-in.
+    }
+    token.reset();
+    currentUserId = std::nullopt;
+    currentUsername = std::nullopt;
+    currentDisplayName = std::nullopt;
+    matrixId = std::nullopt;
+    // Last, so that whoever follows the switch finds a session without a user.
+    isLoggedIn = false;
+}
+
+void MessengerSession::restoreDevice() {
+    const QString stored = defaults->text(QStringLiteral("ot_device_id")).value_or(QString());
+    if (stored.isEmpty())
+        adoptDeviceId(newDeviceId());
+    else
+        deviceId = stored;
+    syncCursor = defaults->integer(QStringLiteral("ot_sync_cursor"));
+}
+
+void MessengerSession::restoreUser() {
+    const auto storedToken = keychain.getToken();
+    if (!storedToken)
+        return;
+    const auto storedUserId = keychain.getUserId();
+    if (!storedUserId)
+        return;
+    const auto storedUsername = keychain.getUsername();
+    if (!storedUsername)
+        return;
+    token = storedToken;
+    currentUserId = storedUserId;
+    currentUsername = storedUsername;
+    isLoggedIn = true;
+    matrixId = defaults->text(QStringLiteral("ot_matrix_id"));
+}
+
+} // namespace orvane

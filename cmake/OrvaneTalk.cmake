@@ -1,0 +1,84 @@
+# What every folder shares: the language level, the warnings, and one function for each kind of target.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(QT_QML_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/qml")
+
+find_program(ORVANETALK_CCACHE ccache)
+if(ORVANETALK_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${ORVANETALK_CCACHE}")
+endif()
+
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Network Qml)
+if(NOT ORVANETALK_FUZZ)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS
+        Concurrent DBus Gui HttpServer Quick QuickTest Sql Svg Test WebSockets)
+    find_package(QCoro6 0.8 REQUIRED COMPONENTS Core Network)
+    find_package(PkgConfig REQUIRED)
+    pkg_check_modules(LIBSECRET REQUIRED IMPORTED_TARGET libsecret-1)
+    find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
+    find_package(benchmark REQUIRED)
+endif()
+
+add_library(OrvaneTalkOptions INTERFACE)
+target_compile_options(OrvaneTalkOptions INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Werror)
+target_compile_definitions(OrvaneTalkOptions INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
+    QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DEPRECATED_WARNINGS)
+
+function(orvane_common target)
+    target_link_libraries(${target} PRIVATE OrvaneTalkOptions)
+    target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/Sources")
+endfunction()
+
+# A folder without screens: orvane_library(Session SOURCES … LINK Platform Qt6::Core)
+function(orvane_library target)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    qt_add_library(${target} STATIC ${ARG_SOURCES})
+    target_link_libraries(${target} PUBLIC ${ARG_LINK})
+    orvane_common(${target})
+endfunction()
+
+# A folder with screens or value types, as the static QML module OrvaneTalk.<target>.
+function(orvane_module target)
+    cmake_parse_arguments(ARG "" "" "SOURCES;QML;SINGLETONS;RESOURCES;LINK;IMPORTS" ${ARGN})
+    set_source_files_properties(${ARG_SINGLETONS} PROPERTIES QT_QML_SINGLETON_TYPE TRUE)
+    qt_add_library(${target} STATIC)
+    qt_add_qml_module(${target}
+        URI OrvaneTalk.${target}
+        VERSION 1.0
+        RESOURCE_PREFIX /
+        SOURCES ${ARG_SOURCES}
+        QML_FILES ${ARG_QML} ${ARG_SINGLETONS}
+        RESOURCES ${ARG_RESOURCES}
+        IMPORTS ${ARG_IMPORTS})
+    target_link_libraries(${target} PUBLIC ${ARG_LINK} Qt6::Qml)
+    # What the QML compiler writes is not held to our warnings.
+    get_target_property(sources ${target} SOURCES)
+    list(FILTER sources INCLUDE REGEX "/(qmlcache|qmltyperegistrations)/|_qmltyperegistrations\\.cpp$")
+    set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS "-w")
+    # The generated registration includes the folder's headers by their bare names.
+    target_include_directories(${target} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+    orvane_common(${target})
+endfunction()
+
+# One QtTest executable and its ctest entry: orvane_test(tst_json SOURCES tst_json.cpp LINK Base)
+function(orvane_test target)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;ENVIRONMENT;COMMAND" ${ARGN})
+    qt_add_executable(${target} ${ARG_SOURCES})
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    target_link_libraries(${target} PRIVATE ${ARG_LINK} Qt6::Test OrvaneTalkOptions)
+    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/Tests")
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    add_test(NAME ${target} COMMAND ${ARG_COMMAND} $<TARGET_FILE:${target}>)
+    set_tests_properties(${target} PROPERTIES
+        TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_FORCE_STDERR_LOGGING=1;${ARG_ENVIRONMENT};TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp:halt_on_error=1;ASAN_OPTIONS=detect_leaks=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1")
+endfunction()
