@@ -46,17 +46,22 @@ endfunction()
 
 # A folder with screens or value types, as the static QML module OrvaneTalk.<target>.
 function(orvane_module target)
-    cmake_parse_arguments(ARG "" "" "SOURCES;QML;SINGLETONS;RESOURCES;LINK;IMPORTS" ${ARGN})
-    set_source_files_properties(${ARG_SINGLETONS} PROPERTIES QT_QML_SINGLETON_TYPE TRUE)
+    cmake_parse_arguments(ARG "" "" "SOURCES;QML;LINK" ${ARGN})
+    # Where the linter finds the types of this module's properties.
+    set(known QtQuick)
+    foreach(module IN ITEMS Model Interface Conversation ChatList)
+        if(module IN_LIST ARG_LINK)
+            list(APPEND known OrvaneTalk.${module})
+        endif()
+    endforeach()
     qt_add_library(${target} STATIC)
     qt_add_qml_module(${target}
         URI OrvaneTalk.${target}
         VERSION 1.0
         RESOURCE_PREFIX /
         SOURCES ${ARG_SOURCES}
-        QML_FILES ${ARG_QML} ${ARG_SINGLETONS}
-        RESOURCES ${ARG_RESOURCES}
-        IMPORTS ${ARG_IMPORTS})
+        QML_FILES ${ARG_QML}
+        DEPENDENCIES ${known})
     target_link_libraries(${target} PUBLIC ${ARG_LINK} Qt6::Qml)
     # What the QML compiler writes is not held to our warnings.
     get_target_property(sources ${target} SOURCES)
@@ -74,6 +79,8 @@ function(orvane_test target)
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     target_link_libraries(${target} PRIVATE ${ARG_LINK} Qt6::Test OrvaneTalkOptions)
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/Tests")
+    # Tests are full of ASCII literals; the programs keep the conversions explicit.
+    target_compile_options(${target} PRIVATE -UQT_NO_CAST_FROM_ASCII)
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()

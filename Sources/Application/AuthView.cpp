@@ -94,7 +94,7 @@ QString AuthView::localizedAuthError(const QByteArray &data, int statusCode) con
         const auto body = json::parseObject(data);
         code = body ? json::text(*body, u"error_code") : std::nullopt;
     } catch (const JsonError &) {
-        // A failure without a body that can be read is told by its status alone.
+        // Dropped on purpose: a failure whose body can't be read is told by its status alone.
     }
     if (code == QLatin1String("invalid_credentials"))
         return QStringLiteral("Неверный логин или пароль");

@@ -8,6 +8,8 @@ namespace orvane {
 
 namespace {
 
+const auto listWidthKey = QStringLiteral("window/list_width");
+
 constexpr int narrowest = 260;
 constexpr int usual = 320;
 constexpr int widest = 420;
@@ -23,8 +25,12 @@ std::shared_ptr<Screen> makeScreen(Arguments &&...arguments) {
 
 OrvaneTalkApp::OrvaneTalkApp(MessengerSession &session)
     : m_session(session)
-    , m_listWidth(int(m_defaults.integer(QStringLiteral("window/list_width")))) {
+    , m_listWidth(int(m_defaults.integer(listWidthKey))) {
     m_listWidth = m_listWidth == 0 ? usual : std::clamp(m_listWidth, narrowest, widest);
+    m_saveListWidth.setSingleShot(true);
+    m_saveListWidth.setInterval(300);
+    connect(&m_saveListWidth, &QTimer::timeout, this,
+            [this] { m_defaults.set(listWidthKey, qint64(m_listWidth)); });
     switchRoot();
     m_switch = m_session.isLoggedIn.addNotifier([this] { switchRoot(); });
 }
@@ -33,6 +39,7 @@ void OrvaneTalkApp::setListWidth(int width) {
     if (width == m_listWidth)
         return;
     m_listWidth = width;
+    m_saveListWidth.start();
     Q_EMIT listWidthChanged();
 }
 

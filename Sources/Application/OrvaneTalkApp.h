@@ -3,6 +3,7 @@
 #include "Application/AuthView.h"
 #include "ChatList/MessengerChatListView.h"
 
+#include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
 #include <memory>
@@ -39,6 +40,8 @@ private:
     MessengerSession &m_session;
     UserDefaults m_defaults;
     int m_listWidth;
+    /// Dragging changes the width many times a second; the disk hears of the last one.
+    QTimer m_saveListWidth;
     std::shared_ptr<AuthView> m_auth;
     std::shared_ptr<MessengerChatListView> m_chatList;
     QPropertyNotifier m_switch;

@@ -8,6 +8,12 @@
 int main(int argc, char *argv[]) {
     QGuiApplication::setDesktopFileName(QStringLiteral("com.orvanetalk.OrvaneTalk"));
     QGuiApplication::setApplicationName(QStringLiteral("OrvaneTalk"));
+    // Images here are a few small symbols: the smallest texture atlas holds them all, a window-sized one
+    // wastes memory.
+    for (const char *side : {"QSG_ATLAS_WIDTH", "QSG_ATLAS_HEIGHT"}) {
+        if (!qEnvironmentVariableIsSet(side))
+            qputenv(side, "512");
+    }
     const QGuiApplication application(argc, argv);
 
     orvane::OrvaneTalkApp app;

@@ -114,8 +114,9 @@ QList<QJsonObject> objects(const QJsonObject &object, QStringView key) {
     const QJsonArray elements = list(object, key).value_or(QJsonArray());
     result.reserve(elements.size());
     for (const auto &element : elements) {
-        if (element.isObject())
-            result.append(element.toObject());
+        if (!element.isObject())
+            return {};
+        result.append(element.toObject());
     }
     return result;
 }

@@ -48,7 +48,7 @@ std::optional<QJsonArray> list(const QJsonObject &object, QStringView key);
 /// A list in which every element is a text.
 std::optional<QStringList> texts(const QJsonObject &object, QStringView key);
 
-/// The objects of the list under `key`; elements of other types are left out, a missing list is empty.
+/// The list of objects under `key`; empty when it is missing or holds anything else.
 QList<QJsonObject> objects(const QJsonObject &object, QStringView key);
 
 } // namespace orvane::json

@@ -11,7 +11,7 @@ Item {
     required property int index
     required property MessengerChatListView screen
 
-    readonly property bool open_: screen.selectedChatID === record.id
+    readonly property bool isOpen: screen.selectedChatID === record.id
     readonly property bool current: ListView.isCurrentItem && ListView.view.activeFocus
     readonly property string peer: screen.peerId(record)
     readonly property string name: {
@@ -36,13 +36,13 @@ Item {
         return screen.spokenChat(record);
     }
     Accessible.focusable: true
-    Accessible.selected: open_
+    Accessible.selected: isOpen
     Accessible.onPressAction: root.open()
 
     Rectangle {
         anchors { fill: parent; leftMargin: Theme.gap8; rightMargin: Theme.gap8; topMargin: 1; bottomMargin: 1 }
         radius: Theme.controlRadius
-        color: root.open_ ? Theme.selection : tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
+        color: root.isOpen ? Theme.selection : tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
         border { width: root.current ? 2 : 0; color: Theme.accent }
         Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
     }
@@ -65,13 +65,13 @@ Item {
         anchors {
             left: avatar.right; leftMargin: Theme.gap12
             right: time.left; rightMargin: Theme.gap8
-            bottom: preview.text ? parent.verticalCenter : undefined
-            verticalCenter: preview.text ? undefined : parent.verticalCenter
         }
+        y: Math.round(preview.text ? parent.height / 2 - height : (parent.height - height) / 2)
         maximumLineCount: 1
+        horizontalAlignment: Text.AlignLeft
         text: root.name
         font: root.unread ? Theme.strongBodyFont : Theme.bodyFont
-        color: root.unread || root.open_ ? Theme.text : Theme.dimmed
+        color: root.unread || root.isOpen ? Theme.text : Theme.dimmed
         Accessible.ignored: true
     }
     PlainText {
@@ -92,6 +92,7 @@ Item {
             topMargin: 2
         }
         maximumLineCount: 1
+        horizontalAlignment: Text.AlignLeft
         text: root.record.lastMessage ? root.record.lastMessage.content.replace(/\s+/g, " ") : ""
         font: Theme.secondaryFont
         color: Theme.dimmed

@@ -91,13 +91,13 @@ QCoro::Task<void> MessengerChatListView::loadContactsAndChats(Self self) {
     try {
         people = co_await self->m_api.fetchContacts(self->m_session.userIdText());
     } catch (const std::exception &) {
-        // Without contacts the chats are still worth showing.
+        // Dropped on purpose: without contacts the chats are still worth showing.
     }
     QList<MessengerChat> loaded;
     try {
         loaded = co_await self->m_api.fetchChats();
     } catch (const std::exception &) {
-        // The sample chats stand in below.
+        // Dropped on purpose: the sample chats stand in below.
     }
     self->showContacts(people);
     self->showChats(std::move(loaded));

@@ -69,7 +69,7 @@ QCoro::Task<void> MessengerChatView::loadHistory(Self self) {
         self->showHistory(records);
         self->sendReadReceipt();
     } catch (const std::exception &) {
-        // The screen is never empty for want of a server.
+        // Dropped on purpose: the screen is never empty for want of a server.
         self->showSampleConversation();
     }
     self->isLoading = false;

@@ -32,7 +32,7 @@ FocusScope {
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.verticalCenter: parent.verticalCenter
         width: root.columnWidth
-        height: Math.min(Math.max(area.implicitHeight, 44), 8 * root.lineHeight + 2 * Theme.gap12)
+        height: Math.max(44, Math.min(area.contentHeight, 8 * root.lineHeight) + 2 * Theme.gap12)
         radius: Theme.cardRadius
         color: Theme.surface
         border { width: area.activeFocus ? 2 : 1; color: area.activeFocus ? Theme.accent : Theme.divider }

@@ -12,6 +12,10 @@ FocusScope {
     property bool secret: false
     signal accepted
 
+    // The name of a password entry itself is withheld from assistive technology.
+    Accessible.role: secret ? Accessible.Grouping : Accessible.NoRole
+    Accessible.name: secret ? placeholderText : ""
+
     implicitHeight: (label ? caption.implicitHeight + Theme.gap4 : 0) + 44
     implicitWidth: 320
 

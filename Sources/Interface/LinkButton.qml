@@ -1,17 +1,13 @@
 import QtQuick
-import QtQuick.Templates as T
 import OrvaneTalk.Interface
 
 // A quiet action in the form of a line of text.
-T.Button {
+ActionButton {
     id: root
 
     implicitHeight: 32
     implicitWidth: label.implicitWidth + 2 * Theme.gap8
-    hoverEnabled: true
     font: Theme.secondaryFont
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
 
     background: Item {
         FocusRing { control: root }

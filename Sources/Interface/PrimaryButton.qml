@@ -1,19 +1,15 @@
 import QtQuick
-import QtQuick.Templates as T
 import OrvaneTalk.Interface
 
 // The one thing to do on a screen. While `busy` it shows that it runs instead of its text.
-T.Button {
+ActionButton {
     id: root
 
     property bool busy: false
 
     implicitHeight: 44
     implicitWidth: label.implicitWidth + 2 * Theme.gap24
-    hoverEnabled: true
     font: Theme.strongBodyFont
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
 
     background: Rectangle {
         radius: Theme.controlRadius

@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import OrvaneTalk.Interface
 
 // A button that shows only a symbol; `text` is its purpose in words.
-T.Button {
+ActionButton {
     id: root
 
     required property string symbol
@@ -12,10 +11,6 @@ T.Button {
 
     implicitWidth: 36
     implicitHeight: 36
-    hoverEnabled: true
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
-    Accessible.name: text
 
     background: Rectangle {
         radius: Theme.controlRadius

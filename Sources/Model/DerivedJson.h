@@ -60,7 +60,9 @@ struct Codec<QUrl> {
     static QJsonValue write(const QUrl &value) { return value.toString(QUrl::FullyEncoded); }
     static std::optional<QUrl> read(const QJsonValue &value) {
         const auto text = json::asText(value);
-        const QUrl url = text ? QUrl(*text, QUrl::StrictMode) : QUrl();
+        const QUrl given = text ? QUrl(*text, QUrl::StrictMode) : QUrl();
+        // Some texts are encoded differently when they are written; the record holds what will be written.
+        const QUrl url(given.toString(QUrl::FullyEncoded), QUrl::StrictMode);
         return url.isValid() ? std::optional(url) : std::nullopt;
     }
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QList>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 #include <QVariant>
@@ -79,7 +80,16 @@ size_t hashOfField(const std::optional<T> &value, size_t seed) {
     return value ? hashOfField(*value, seed) : ~seed;
 }
 
-/// No default for the seed: Qt derives a hash of its own from a one-argument one, and the two would be ambiguous.
+// Not Qt's hash of lists: that one asks for a hash without a seed.
+template <typename T>
+size_t hashOfField(const QList<T> &values, size_t seed) {
+    for (const T &value : values)
+        seed = 31 * seed + hashOfField(value, seed);
+    return seed;
+}
+
+/// No default for the seed: Qt derives a hash of its own from a one-argument one, and the two would be
+/// ambiguous.
 template <Record R>
 size_t qHash(const R &record, size_t seed) {
     R::visitFields(record,

@@ -44,8 +44,11 @@ SecretStore::Match FileSecretStore::copyMatching(const QString &service, const Q
     const auto item = json::object(*items, keyOf(service, account));
     if (!item)
         return {SecretStatus::itemNotFound, {}};
-    const auto data = QByteArray::fromBase64Encoding(
-        json::text(*item, u"data").value_or(QString()).toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    const auto text = json::text(*item, u"data");
+    if (!text)
+        return {SecretStatus::damaged, {}};
+    const auto data =
+        QByteArray::fromBase64Encoding(text->toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
     return data ? Match{SecretStatus::success, *data} : Match{SecretStatus::damaged, {}};
 }
 

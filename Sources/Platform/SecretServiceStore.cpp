@@ -50,10 +50,31 @@ qint32 statusOf(const GError &error) {
     return error.code;
 }
 
+struct UnrefObject {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+
+// Storing into a keyring that is locked or yet to be made opens a dialog and waits for it without end.
+qint32 readyToStore() {
+    GError *raw = nullptr;
+    const std::unique_ptr<SecretService, UnrefObject> service(
+        secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, &raw));
+    if (const Error error(raw); error)
+        return statusOf(*error);
+    const std::unique_ptr<SecretCollection, UnrefObject> keyring(secret_collection_for_alias_sync(
+        service.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, &raw));
+    if (const Error error(raw); error)
+        return statusOf(*error);
+    return keyring && secret_collection_get_locked(keyring.get()) == 0 ? SecretStatus::success
+                                                                       : SecretStatus::notAvailable;
+}
+
 } // namespace
 
 qint32 SecretServiceStore::add(const QString &service, const QString &account, const QString &label,
                                const QByteArray &data) {
+    if (const qint32 status = readyToStore(); status != SecretStatus::success)
+        return status;
     const Value value(secret_value_new(data.constData(), data.size(), "application/octet-stream"));
     GError *raw = nullptr;
     secret_password_store_binary_sync(&schema(), SECRET_COLLECTION_DEFAULT, label.toUtf8().constData(),

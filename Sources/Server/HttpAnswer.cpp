@@ -7,15 +7,19 @@ namespace orvane {
 
 namespace {
 
-// An error status is an answer; a connection that broke is none, whatever status it had begun with.
+// An error status is an answer, and so is a redirect that is not followed; a connection that broke is none,
+// whatever status it had begun with.
 bool failedBelowHttp(const QNetworkReply &reply, int status) {
     switch (reply.error()) {
     case QNetworkReply::NoError:
         return false;
-    case QNetworkReply::ProtocolUnknownError:
     case QNetworkReply::ProtocolFailure:
         return true;
+    case QNetworkReply::ProtocolUnknownError:
+    case QNetworkReply::InsecureRedirectError:
+        return status < 300 || status >= 400;
     case QNetworkReply::ProtocolInvalidOperationError:
+    case QNetworkReply::ProxyAuthenticationRequiredError:
         return status == 0;
     default:
         return status == 0 || reply.error() < QNetworkReply::ContentAccessDenied;
@@ -47,7 +51,9 @@ QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply) {
     co_await reply;
     HttpAnswer answer;
     answer.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    answer.body = reply->readAll();
+    // A request that timed out is closed.
+    if (reply->isOpen())
+        answer.body = reply->readAll();
     if (failedBelowHttp(*reply, answer.status))
         answer.transportError = describe(*reply);
     reply->deleteLater();

@@ -12,7 +12,7 @@ namespace orvane {
 struct HttpAnswer {
     /// 0 when nothing that speaks HTTP answered.
     int status = 0;
-    /// As far as it arrived.
+    /// As far as it arrived; empty for a redirect that was not followed.
     QByteArray body;
     /// Words for a failure below HTTP (no connection, time-out, an answer cut short); null when there was
     /// none.

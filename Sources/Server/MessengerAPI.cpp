@@ -39,7 +39,8 @@ QCoro::Task<QList<MessengerChat>> MessengerAPI::fetchChats() {
 
 QCoro::Task<QList<QJsonObject>> MessengerAPI::fetchMessages(const QString &chatID,
                                                             const std::optional<QString> &before, int limit) {
-    QString path = QStringLiteral("/api/messenger/chats/%1/messages?limit=%2").arg(chatID).arg(limit);
+    QString path =
+        QStringLiteral("/api/messenger/chats/%1/messages?limit=%2").arg(chatID, QString::number(limit));
     if (before)
         path += QStringLiteral("&before=") + *before;
     return listUnder(get(path), QStringLiteral("messages"));

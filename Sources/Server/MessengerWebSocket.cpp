@@ -9,10 +9,23 @@
 
 namespace orvane {
 
+namespace {
+
+#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
+constexpr auto socketError = &QWebSocket::errorOccurred;
+#else
+constexpr auto socketError = qOverload<QAbstractSocket::SocketError>(&QWebSocket::error);
+#endif
+
+} // namespace
+
 /// One socket, with the frames that wait for its handshake.
 struct MessengerWebSocket::Connection : QObject {
     explicit Connection(QObject *parent)
-        : QObject(parent) {}
+        : QObject(parent) {
+        // A message cut into frames is cut at any byte, and its reader refuses half a character.
+        socket.setOutgoingFrameSize(QWebSocket::maxOutgoingFrameSize());
+    }
 
     void send(const QString &frame) {
         if (socket.state() == QAbstractSocket::ConnectedState)
@@ -62,6 +75,10 @@ void MessengerWebSocket::connect(const QString &token) {
     // The first frame is the whole handshake: the token stands in no URL and no header.
     send({{QStringLiteral("type"), QStringLiteral("auth")}, {QStringLiteral("token"), token}});
     ws->socket.open(url);
+    QTimer::singleShot(m_timing.handshakeTimeout, &ws->socket, [socket = &ws->socket] {
+        if (socket->state() == QAbstractSocket::ConnectingState)
+            socket->abort();
+    });
     timer.start(m_timing.pingInterval);
 }
 
@@ -87,6 +104,8 @@ void MessengerWebSocket::follow(Connection &connection) {
         detachIfReplaced();
         received(nullptr);
     });
+    // A server that refuses the handshake may leave its connection open.
+    QObject::connect(&self->socket, socketError, &self->socket, &QWebSocket::abort, Qt::QueuedConnection);
     // Every failure ends here, that of the handshake too.
     QObject::connect(&self->socket, &QWebSocket::disconnected, this, [this, self, detachIfReplaced] {
         self->ended = true;
@@ -118,7 +137,7 @@ void MessengerWebSocket::handleMessage(const QString &text) {
         if (type && *type != QLatin1String("pong"))
             Q_EMIT events(WSEvent{*type, *object});
     } catch (const JsonError &) {
-        // Frames that can't be read are dropped on purpose.
+        // Dropped on purpose: a frame that can't be read is nobody's.
     }
 }
 

@@ -37,6 +37,8 @@ public:
     struct Timing {
         std::chrono::milliseconds pingInterval{30'000};
         std::chrono::milliseconds reconnectDelay{5'000};
+        /// How long a server may take to accept the connection.
+        std::chrono::milliseconds handshakeTimeout{60'000};
     };
 
     MessengerWebSocket(const QString &url, Timing timing, QObject *parent = nullptr);

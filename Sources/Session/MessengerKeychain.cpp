@@ -69,7 +69,8 @@ std::optional<QString> MessengerKeychain::loadText(const QString &account) const
     const auto data = load(account);
     if (!data)
         return std::nullopt;
-    QStringDecoder decode(QStringDecoder::Utf8);
+    // Stateless: a character cut off at the end is an error too.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decode(*data);
     return decode.hasError() ? std::nullopt : std::optional(text);
 }

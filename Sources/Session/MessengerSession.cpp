@@ -24,7 +24,8 @@ MessengerSession::MessengerSession(std::unique_ptr<SecretStore> store,
     try {
         restoreUser();
     } catch (const KeychainError &) {
-        // A store that can't be read is the same as an empty one: the person signs in again.
+        // Dropped on purpose: a store that can't be read counts as an empty one, and the person signs in
+        // again.
     }
 }
 
@@ -58,7 +59,7 @@ void MessengerSession::logout() {
     try {
         keychain.clear();
     } catch (const KeychainError &) {
-        // Signing out must not fail; the items are overwritten by the next sign-in.
+        // Dropped on purpose: signing out must not fail, and the next sign-in overwrites the items.
     }
     token.reset();
     currentUserId = std::nullopt;

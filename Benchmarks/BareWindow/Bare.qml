@@ -1,0 +1,8 @@
+import QtQuick
+
+Window {
+    width: 900
+    height: 650
+    visible: true
+    title: "Bare window"
+}

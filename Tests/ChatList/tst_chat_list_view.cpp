@@ -1,0 +1,267 @@
+#include "ChatList/MessengerChatListView.h"
+#include "Support/ClientParts.h"
+#include "Support/TestMain.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+
+using namespace orvane;
+
+namespace {
+
+/// Answers by path, since the start-up tasks run side by side.
+struct Answers {
+    QByteArray sync = R"({"cursor":41})";
+    QByteArray federation = R"({"matrix_id":"@anna:home"})";
+    QByteArray contacts =
+        R"({"contacts":[{"id":"9","display_name":"Ben","username":"ben","status":"online"}]})";
+    QByteArray chats = R"({"chats":[
+        {"id":"old","participants":[{"user_id":7},{"user_id":9}],"last_message":"a","last_msg_at":100},
+        {"id":"new","type":"group","title":"Team","participants":[],"last_message":"b","last_msg_at":200,"unread_count":3},
+        {"id":"mid","type":"group","title":"Mid","participants":[],"last_message":"c","last_msg_at":150}]})";
+};
+
+struct Screen : ClientParts {
+    std::shared_ptr<MessengerChatListView> list;
+
+    explicit Screen(const Answers &answers = {}) {
+        signIn();
+        http.answerFor("/api/messenger/sync", ScriptedAnswer::of(200, answers.sync));
+        http.answerFor("/api/messenger/federation/info", ScriptedAnswer::of(200, answers.federation));
+        http.answerFor("/api/messenger/contacts", ScriptedAnswer::of(200, answers.contacts));
+        http.answerFor("/api/messenger/chats", ScriptedAnswer::of(200, answers.chats));
+        list = std::make_shared<MessengerChatListView>(session, api, socket);
+        new QAbstractItemModelTester(&list->chats, QAbstractItemModelTester::FailureReportingMode::QtTest,
+                                     list.get());
+    }
+
+    void load() {
+        list->loadData();
+        QTRY_VERIFY(!list->isLoading);
+    }
+
+    QStringList ids() const {
+        QStringList result;
+        for (const MessengerChat &chat : list->chats.records())
+            result.append(chat.id);
+        return result;
+    }
+
+    MessengerChat chat(const char *id) const { return list->chats.at(list->chats.rowOf(QLatin1String(id))); }
+
+    void message(const char *chatID, const char *text = "hello") {
+        arrive(
+            QStringLiteral(
+                R"({"type":"messenger_message","chat_id":"%1","message":{"id":"m","sender_id":"9","content":"%2"}})")
+                .arg(QLatin1String(chatID), QLatin1String(text))
+                .toUtf8());
+    }
+};
+
+} // namespace
+
+class TestChatListView : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void startingUpDoesEachThingOnce();
+    void cursorAndIdentityAreTakenOnlyInTheirType_data();
+    void cursorAndIdentityAreTakenOnlyInTheirType();
+    void contactsAreReadKeyByKey();
+    void withoutChatsTheSamplesStandIn_data();
+    void withoutChatsTheSamplesStandIn();
+    void aMessageMovesItsChatUpAndCounts();
+    void theOpenChatIsNotCounted();
+    void badEventsChangeNothing_data();
+    void badEventsChangeNothing();
+    void presenceFollowsTheEvents();
+    void selectingOpensOneChatScreenAtATime();
+    void rowsReadNamePreviewAndCount();
+    void loadingAgainKeepsOneSubscription();
+};
+
+void TestChatListView::startingUpDoesEachThingOnce() {
+    Screen screen;
+    screen.load();
+    QTRY_COMPARE(screen.session.matrixId.value(), QStringLiteral("@anna:home"));
+    QCOMPARE(screen.session.syncCursor.value(), 41);
+    QCOMPARE(screen.ids(), (QStringList{"new", "mid", "old"}));
+    QCOMPARE(screen.requestsTo("/api/messenger/devices/register"), 1);
+    QCOMPARE(screen.requestsTo("/api/messenger/sync?since=0"), 1);
+    QCOMPARE(screen.requestsTo("/api/messenger/contacts?user_id=7"), 1);
+    QCOMPARE(screen.requestsTo("/api/messenger/chats"), 1);
+    QTRY_COMPARE(screen.events.frames(0).value(0), QStringLiteral(R"({"token":"tok","type":"auth"})"));
+    const UserDefaults defaults(screen.folder.filePath(QStringLiteral("defaults.ini")));
+    QCOMPARE(defaults.integer(QStringLiteral("ot_sync_cursor")), 41);
+}
+
+void TestChatListView::cursorAndIdentityAreTakenOnlyInTheirType_data() {
+    QTest::addColumn<QByteArray>("sync");
+    QTest::addColumn<QByteArray>("federation");
+    QTest::addColumn<qint64>("cursor");
+    QTest::addColumn<bool>("asked");
+    QTest::newRow("cursor as text") << QByteArray(R"({"cursor":"9"})") << QByteArray(R"({"matrix_id":5})")
+                                    << qint64(5) << true;
+    QTest::newRow("smaller cursor") << QByteArray(R"({"cursor":-2})") << QByteArray("[]") << qint64(-2)
+                                    << true;
+    QTest::newRow("no JSON ends the task") << QByteArray("<") << QByteArray("{}") << qint64(5) << false;
+}
+
+void TestChatListView::cursorAndIdentityAreTakenOnlyInTheirType() {
+    QFETCH(QByteArray, sync);
+    QFETCH(QByteArray, federation);
+    QFETCH(qint64, cursor);
+    QFETCH(bool, asked);
+    Answers answers;
+    answers.sync = sync;
+    answers.federation = federation;
+    Screen screen(answers);
+    screen.session.adoptSyncCursor(5);
+    screen.load();
+    QTRY_COMPARE(screen.requestsTo("/api/messenger/federation/info"), asked ? 1 : 0);
+    QCOMPARE(screen.session.syncCursor.value(), cursor);
+    QVERIFY(!screen.session.matrixId.value());
+}
+
+void TestChatListView::contactsAreReadKeyByKey() {
+    Answers answers;
+    answers.contacts = R"({"contacts":[{"id":5,"display_name":"number id"},
+        {"id":"1","username":"only_name"},{"id":"2","display_name":4,"username":"u2","status":"away"},
+        {"id":"3","display_name":"","status":"online"}]})";
+    Screen screen(answers);
+    screen.load();
+    const Contacts &contacts = screen.list->contacts;
+    QCOMPARE(contacts.size(), 5);
+    QCOMPARE(contacts.value(QStringLiteral("7")).displayName, QStringLiteral("Alex"));
+    QVERIFY(contacts.value(QStringLiteral("ai_orvanetalk")).isAI);
+    QCOMPARE(contacts.value(QStringLiteral("1")).displayName, QStringLiteral("only_name"));
+    QCOMPARE(contacts.value(QStringLiteral("2")).displayName, QStringLiteral("u2"));
+    QCOMPARE(contacts.value(QStringLiteral("2")).status, UserStatus::offline);
+    QCOMPARE(contacts.value(QStringLiteral("3")).displayName, QString());
+    QVERIFY(screen.list->isOnline(QStringLiteral("3")));
+}
+
+void TestChatListView::withoutChatsTheSamplesStandIn_data() {
+    QTest::addColumn<QByteArray>("chats");
+    QTest::newRow("no chats") << QByteArray(R"({"chats":[]})");
+    QTest::newRow("one bad row spoils the list") << QByteArray(R"({"chats":[{"id":"a"},{"id":5}]})");
+    QTest::newRow("another key") << QByteArray("{}");
+    QTest::newRow("HTML") << QByteArray("<html>");
+}
+
+void TestChatListView::withoutChatsTheSamplesStandIn() {
+    QFETCH(QByteArray, chats);
+    Answers answers;
+    answers.chats = chats;
+    Screen screen(answers);
+    screen.load();
+    QCOMPARE(screen.ids(), (QStringList{"c3", "c1", "c2", "c4"}));
+    // People of the samples whom nobody knows are left out.
+    QCOMPARE(screen.chat("c3").participants, QStringList{"ai_orvanetalk"});
+    QCOMPARE(screen.list->displayName(screen.chat("c3")), QStringLiteral("Orvane AI"));
+}
+
+void TestChatListView::aMessageMovesItsChatUpAndCounts() {
+    Screen screen;
+    screen.load();
+    QSignalSpy moves(&screen.list->chats, &QAbstractItemModel::rowsMoved);
+    QSignalSpy resets(&screen.list->chats, &QAbstractItemModel::modelReset);
+    QSignalSpy removals(&screen.list->chats, &QAbstractItemModel::rowsRemoved);
+    screen.message("old");
+    QCOMPARE(screen.ids(), (QStringList{"old", "new", "mid"}));
+    QCOMPARE(screen.chat("old").unreadCount, 1);
+    QCOMPARE(screen.chat("old").lastMessage->content, QStringLiteral("hello"));
+    screen.message("old");
+    QCOMPARE(screen.chat("old").unreadCount, 2);
+    QCOMPARE(moves.size(), 1);
+    QCOMPARE(resets.size() + removals.size(), 0);
+}
+
+void TestChatListView::theOpenChatIsNotCounted() {
+    Screen screen;
+    screen.load();
+    screen.list->selectedChatID = QStringLiteral("new");
+    screen.message("new");
+    // Opening does not reset what was counted before.
+    QCOMPARE(screen.chat("new").unreadCount, 3);
+    QCOMPARE(screen.chat("new").lastMessage->content, QStringLiteral("hello"));
+}
+
+void TestChatListView::badEventsChangeNothing_data() {
+    QTest::addColumn<QByteArray>("event");
+    QTest::newRow("unknown chat") << QByteArray(
+        R"({"type":"messenger_message","chat_id":"x","message":{"sender_id":"9","content":"c"}})");
+    QTest::newRow("chat as number") << QByteArray(
+        R"({"type":"messenger_message","chat_id":5,"message":{"sender_id":"9","content":"c"}})");
+    QTest::newRow("no message") << QByteArray(R"({"type":"messenger_message","chat_id":"old"})");
+    QTest::newRow("no content") << QByteArray(
+        R"({"type":"messenger_message","chat_id":"old","message":{"sender_id":"9"}})");
+    QTest::newRow("content as number") << QByteArray(
+        R"({"type":"messenger_message","chat_id":"old","message":{"sender_id":"9","content":1}})");
+    QTest::newRow("no sender") << QByteArray(
+        R"({"type":"messenger_message","chat_id":"old","message":{"content":"c"}})");
+    QTest::newRow("status of a stranger")
+        << QByteArray(R"({"type":"user_status","user_id":"99","status":"online"})");
+    QTest::newRow("status as number") << QByteArray(R"({"type":"user_status","user_id":"9","status":1})");
+    QTest::newRow("another type") << QByteArray(
+        R"({"type":"messenger_message_deleted","chat_id":"old","message_id":"m"})");
+}
+
+void TestChatListView::badEventsChangeNothing() {
+    QFETCH(QByteArray, event);
+    Screen screen;
+    screen.load();
+    const QList<MessengerChat> before = screen.list->chats.records();
+    const int revision = screen.list->contactsRevision;
+    screen.arrive(event);
+    QVERIFY(screen.list->chats.records() == before);
+    QCOMPARE(screen.list->contactsRevision.value(), revision);
+}
+
+void TestChatListView::presenceFollowsTheEvents() {
+    Screen screen;
+    screen.load();
+    QVERIFY(screen.list->isOnline(QStringLiteral("9")));
+    screen.arrive(R"({"type":"user_status","user_id":"9","status":"typing"})");
+    QVERIFY(!screen.list->isOnline(QStringLiteral("9")));
+    screen.arrive(R"({"type":"user_status","user_id":"9","status":"online"})");
+    QVERIFY(screen.list->isOnline(QStringLiteral("9")));
+}
+
+void TestChatListView::selectingOpensOneChatScreenAtATime() {
+    Screen screen;
+    // Selected before the list is there, as a notification may do.
+    screen.list->selectedChatID = QStringLiteral("mid");
+    QVERIFY(!screen.list->openChat());
+    screen.load();
+    QVERIFY(screen.list->openChat());
+    QCOMPARE(screen.list->openChat()->chat.id, QStringLiteral("mid"));
+    QSignalSpy opened(screen.list.get(), &MessengerChatListView::openChatChanged);
+    screen.message("mid");
+    QCOMPARE(opened.size(), 0);
+    screen.list->selectedChatID = QStringLiteral("new");
+    QCOMPARE(screen.list->openChat()->title(), QStringLiteral("Team"));
+    screen.list->selectedChatID = QStringLiteral("nowhere");
+    QVERIFY(!screen.list->openChat());
+    QCOMPARE(opened.size(), 2);
+}
+
+void TestChatListView::rowsReadNamePreviewAndCount() {
+    Screen screen;
+    screen.load();
+    QCOMPARE(screen.list->spokenChat(screen.chat("new")), QStringLiteral("Team, b, 3 unread"));
+    QCOMPARE(screen.list->spokenChat(screen.chat("old")), QStringLiteral("Ben, a"));
+}
+
+void TestChatListView::loadingAgainKeepsOneSubscription() {
+    Screen screen;
+    screen.load();
+    screen.list->loadData();
+    QTRY_COMPARE(screen.requestsTo("/api/messenger/chats"), 2);
+    QTRY_COMPARE(screen.requestsTo("/api/messenger/sync?since=41"), 1);
+    screen.message("old");
+    QCOMPARE(screen.chat("old").unreadCount, 1);
+}
+
+ORVANE_TEST_MAIN(TestChatListView)
+#include "tst_chat_list_view.moc"

@@ -1,0 +1,55 @@
+"""The frame of one journey: what is started before it and ended after it, and what it leaves on failure."""
+
+import os
+import shutil
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+from . import processes
+from .person import Person
+from .server import HomeServer
+
+BUILD = Path(os.environ["ORVANETALK_BUILD"])
+
+
+class Journey(unittest.TestCase):
+    def setUp(self) -> None:
+        processes.adopt_orphans()
+        # Short, since the path of a bus's socket has little room.
+        self.folder = Path(tempfile.mkdtemp(prefix="journey-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.addCleanup(processes.end_all)
+        self.people: list[Person] = []
+        self.server = HomeServer(BUILD / "bin/orvanetalk-homeserver", self.folder / "server")
+        self.server.start()
+
+    def person(self, name: str) -> Person:
+        folder = self.folder / name
+        folder.mkdir()
+        person = Person(name, BUILD / "bin/orvanetalk", folder, self.server)
+        self.people.append(person)
+        return person
+
+    def assert_all_named(self, person: Person, screen_name: str) -> None:
+        unnamed = person.screen.unnamed()
+        self.assertEqual([], unnamed, f"controls without a name on the {screen_name} screen")
+
+    def run(self, result: unittest.TestResult | None = None) -> unittest.TestResult | None:
+        self._result = result or self.defaultTestResult()
+        return super().run(self._result)
+
+    def tearDown(self) -> None:
+        if not any(test is self for test, _ in self._result.failures + self._result.errors):
+            return
+        evidence = BUILD / "journeys" / self.id()
+        evidence.mkdir(parents=True, exist_ok=True)
+        print(f"What was seen last is in {evidence}", file=sys.stderr)
+        for log in self.folder.rglob("*.log"):
+            shutil.copy(log, evidence / "-".join(log.relative_to(self.folder).parts))
+        for person in self.people:
+            try:
+                person.save_evidence(evidence)
+            except Exception as problem:  # The journey's own failure must stay the one that is told.
+                print(f"no evidence of {person.name}: {problem}", file=sys.stderr)

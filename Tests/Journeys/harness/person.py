@@ -1,0 +1,118 @@
+"""One person at a desk of their own: home, display, session bus, keyring, and the client in a window."""
+
+import os
+import subprocess
+from pathlib import Path
+
+from . import processes
+from .bus import start_assistive_technology, start_bus, start_keyring
+from .screen import Node, Screen
+from .server import HomeServer
+
+DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "QT_QPA_PLATFORM")
+
+
+class Person:
+    def __init__(self, name: str, program: Path, folder: Path, server: HomeServer) -> None:
+        self.name = name
+        self._program = program
+        self._folder = folder
+        self._client: subprocess.Popen | None = None
+        self._screen: Screen | None = None
+
+        self.environment = {key: value for key, value in os.environ.items() if key not in DESKTOP_VARIABLES}
+        self.environment |= {
+            "HOME": str(folder / "home"),
+            "XDG_CONFIG_HOME": str(folder / "config"),
+            "XDG_DATA_HOME": str(folder / "data"),
+            "XDG_CACHE_HOME": str(folder / "cache"),
+            "XDG_RUNTIME_DIR": str(folder / "run"),
+            "LANG": "C.UTF-8",
+            "LIBGL_ALWAYS_SOFTWARE": "1",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            "QT_FORCE_STDERR_LOGGING": "1",
+            "ORVANETALK_API_BASE": server.http,
+            "ORVANETALK_WS_URL": server.events,
+        }
+        if processes.SLOWNESS > 1:
+            # The sanitizers need not look at what the driver makes up as it goes.
+            self.environment["QT_QUICK_BACKEND"] = "software"
+        for variable in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"):
+            Path(self.environment[variable]).mkdir(parents=True, mode=0o700)
+        self._start_desktop()
+
+    def _start_desktop(self) -> None:
+        reading, writing = os.pipe()
+        processes.start(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset"],
+            self.environment,
+            self._folder / "display.log",
+            pass_fds=(writing,),
+        )
+        os.close(writing)
+        with open(reading, "rb") as stream:
+            self.environment["DISPLAY"] = ":" + processes.first_line(stream, "Xvfb")
+        run = self._folder / "run"
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(run, self.environment)
+        start_keyring(run, self.environment)
+        self._accessibility = start_assistive_technology(run, self.environment)
+        processes.start(["openbox"], self.environment, self._folder / "openbox.log")
+        processes.eventually("the window manager is up", lambda: self._x("get_num_desktops", fails=True))
+
+    def _x(self, *words: str, fails: bool = False) -> str | None:
+        done = subprocess.run(["xdotool", *words], env=self.environment, capture_output=True, text=True)
+        if done.returncode != 0 and not fails:
+            raise AssertionError(f"xdotool {words[0]}: {done.stderr}")
+        return done.stdout if done.returncode == 0 else None
+
+    def open_client(self) -> Screen:
+        self._client = processes.start([str(self._program)], self.environment, self._folder / "client.log")
+        self._screen = Screen(self._accessibility)
+        return self._screen
+
+    @property
+    def screen(self) -> Screen:
+        assert self._screen, f"{self.name} has no open client"
+        return self._screen
+
+    def close_client(self) -> None:
+        """Closes the window as its frame does; the client must then end by itself and in order."""
+        assert self._client
+        self._x("key", "--clearmodifiers", "alt+F4")
+        try:
+            code = self._client.wait(20 * processes.SLOWNESS)
+        except subprocess.TimeoutExpired:
+            raise AssertionError(f"{self.name}'s client outlived its window") from None
+        self._client = self._screen = None
+        if code != 0:
+            raise AssertionError(f"{self.name}'s client ended with {code}:\n{self.client_log()[-4000:]}")
+
+    def client_log(self) -> str:
+        log = self._folder / "client.log"
+        return log.read_text(errors="replace") if log.exists() else ""
+
+    def click(self, node: Node) -> None:
+        x, y = node.middle()
+        self._x("mousemove", str(x), str(y), "click", "1")
+
+    def type(self, text: str) -> None:
+        self._x("type", "--delay", "15", text)
+
+    def key(self, name: str) -> None:
+        self._x("key", name)
+
+    def fill(self, entry_name: str, text: str) -> None:
+        """Writes into an empty field, key by key."""
+        self.click(self.screen.entry(entry_name))
+        self.type(text)
+
+    def save_evidence(self, folder: Path) -> None:
+        """What the person saw and heard last."""
+        picture = folder / f"{self.name}.png"
+        subprocess.run(["import", "-window", "root", str(picture)], env=self.environment, timeout=30)
+        (folder / f"{self.name}.log").write_text(self.client_log())
+        if self._screen:
+            (folder / f"{self.name}.txt").write_text(self._screen.dump())
+
+    def take_picture(self, path: Path) -> None:
+        subprocess.run(["import", "-window", "root", str(path)], env=self.environment, timeout=30, check=True)

@@ -1,0 +1,169 @@
+"""What is on a screen, as assistive technology sees it."""
+
+import re
+from typing import Iterator
+
+from gi.repository import Gio, GLib
+
+from .processes import SLOWNESS, eventually
+
+BUTTONS = {"push button", "button", "toggle button", "radio button", "check box", "link"}
+ENTRIES = {"entry", "text", "password text"}
+LISTS = {"list"}
+ROWS = {"list item"}
+INTERACTIVE = BUTTONS | ENTRIES | LISTS | ROWS | {"combo box", "spin button", "slider", "menu item", "page tab"}
+
+# Bits of an object's state set.
+ENABLED, FOCUSED, SHOWING, VISIBLE = 8, 12, 25, 30
+
+SCREEN_COORDINATES = GLib.Variant("(u)", (0,))
+
+
+class Gone(Exception):
+    """The object or its whole client is no longer there."""
+
+
+class Node:
+    """One object of the tree. Nothing is remembered: each question is asked of the client."""
+
+    def __init__(self, bus: Gio.DBusConnection, owner: str, path: str) -> None:
+        self._bus, self._owner, self._path = bus, owner, path
+
+    def _ask(self, interface: str, method: str, arguments: GLib.Variant | None = None):
+        if "." not in interface:
+            interface = "org.a11y.atspi." + interface
+        try:
+            return self._bus.call_sync(
+                self._owner,
+                self._path,
+                interface,
+                method,
+                arguments,
+                None,
+                Gio.DBusCallFlags.NONE,
+                int(10_000 * SLOWNESS),
+                None,
+            ).unpack()
+        except GLib.Error as problem:
+            raise Gone(f"{self._path}: {problem.message}") from None
+
+    @property
+    def name(self) -> str:
+        asked = GLib.Variant("(ss)", ("org.a11y.atspi.Accessible", "Name"))
+        return self._ask("org.freedesktop.DBus.Properties", "Get", asked)[0]
+
+    @property
+    def role(self) -> str:
+        return self._ask("Accessible", "GetRoleName")[0]
+
+    def children(self) -> list["Node"]:
+        return [Node(self._bus, *place) for place in self._ask("Accessible", "GetChildren")[0]]
+
+    def is_all(self, *states: int) -> bool:
+        low, high = self._ask("Accessible", "GetState")[0]
+        return all((low | high << 32) >> state & 1 for state in states)
+
+    @property
+    def shown(self) -> bool:
+        return self.is_all(SHOWING, VISIBLE)
+
+    @property
+    def focused(self) -> bool:
+        return self.is_all(FOCUSED)
+
+    def middle(self) -> tuple[int, int]:
+        x, y, width, height = self._ask("Component", "GetExtents", SCREEN_COORDINATES)[0]
+        if width <= 0 or height <= 0:
+            raise AssertionError(f"{self.name!r} has no place on the screen")
+        return x + width // 2, y + height // 2
+
+    def press(self) -> None:
+        actions = [name for name, _, _ in self._ask("Action", "GetActions")[0]]
+        if "Press" not in actions:
+            raise AssertionError(f"{self.name!r} cannot be pressed, only {actions}")
+        self._ask("Action", "DoAction", GLib.Variant("(i)", (actions.index("Press"),)))
+
+    def text(self) -> str:
+        return self._ask("Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
+
+    def walk(self, depth: int = 0) -> Iterator[tuple[int, "Node"]]:
+        """This object and all below it, but for what goes away meanwhile."""
+        yield depth, self
+        try:
+            children = self.children()
+        except Gone:
+            return
+        for child in children:
+            yield from child.walk(depth + 1)
+
+    def __str__(self) -> str:
+        try:
+            return f"{self.role} {self.name!r}" + ("" if self.shown else " (hidden)")
+        except Gone:
+            return "(gone)"
+
+
+class Screen:
+    """The window of the one client on a person's accessibility bus."""
+
+    def __init__(self, bus: Gio.DBusConnection) -> None:
+        registry = Node(bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+        self.root = eventually("the client shows itself", registry.children, 30)[0]
+
+    def nodes(self) -> Iterator[Node]:
+        return (node for _, node in self.root.walk())
+
+    def look(self, roles: set[str], name: str, *states: int) -> Node | None:
+        """The shown object of one of the roles whose whole name the pattern matches."""
+        for node in self.nodes():
+            try:
+                if node.role in roles and re.fullmatch(name, node.name, re.DOTALL) and node.is_all(SHOWING, *states):
+                    return node
+            except Gone:
+                continue
+        return None
+
+    def find(self, roles: set[str], name: str, *states: int) -> Node:
+        return eventually(f"{'/'.join(sorted(roles))} {name!r} is shown", lambda: self.look(roles, name, *states))
+
+    def button(self, name: str) -> Node:
+        return self.find(BUTTONS, re.escape(name), ENABLED)
+
+    def entry(self, name: str) -> Node:
+        """The entry of that name; the toolkit keeps a secret entry's own name back, so its panel's counts too."""
+
+        def look() -> Node | None:
+            for node, title in self.titled():
+                if title == name and node.role in ENTRIES and node.shown:
+                    return node
+            return None
+
+        return eventually(f"entry {name!r} is shown", look)
+
+    def rows(self, list_name: str) -> list[str]:
+        """The names of the rows of a list, in its order; nothing while it is not shown."""
+        try:
+            found = self.look(LISTS, re.escape(list_name))
+            return [row.name for row in found.children() if row.role in ROWS] if found else []
+        except Gone:
+            return []
+
+    def titled(self) -> Iterator[tuple[Node, str]]:
+        """Each object with the name that a person hears for it: its own, or that of the panel around it alone."""
+        trail: list[Node] = []
+        for depth, node in self.root.walk():
+            trail[depth:] = [node]
+            try:
+                name = node.name.strip()
+                if not name and node.role in ENTRIES and trail[-2].role == "panel":
+                    name = trail[-2].name.strip()
+                yield node, name
+            except Gone:
+                continue
+
+    def unnamed(self) -> list[str]:
+        """Each shown control that a person who hears the screen would meet without a name."""
+        return [str(node) for node, name in self.titled() if not name and node.shown and node.role in INTERACTIVE]
+
+    def dump(self) -> str:
+        return "\n".join("  " * depth + str(node) for depth, node in self.root.walk())

@@ -1,0 +1,37 @@
+"""The home server that a journey talks to."""
+
+import os
+import re
+import subprocess
+from pathlib import Path
+
+from . import processes
+
+
+class HomeServer:
+    def __init__(self, program: Path, folder: Path) -> None:
+        self._program = program
+        self._folder = folder
+        self._ports = ("0", "0")
+        self._process: subprocess.Popen | None = None
+        self.http = ""
+        self.events = ""
+        folder.mkdir()
+
+    def start(self) -> None:
+        """Starts it; once more after a stop on the same data and ports."""
+        command = [str(self._program), "--listen", "127.0.0.1", "--data", str(self._folder / "data")]
+        command += ["--http-port", self._ports[0], "--ws-port", self._ports[1]]
+        log = self._folder / "server.log"
+        self._process = processes.start(command, dict(os.environ), log, stdout=subprocess.PIPE)
+        line = processes.first_line(self._process.stdout, "the home server")
+        said = re.fullmatch(r"listening http=(http://127\.0\.0\.1:(\d+)) ws=(ws://127\.0\.0\.1:(\d+)/?)", line)
+        if not said:
+            raise AssertionError(f"the home server said {line!r}")
+        self.http, self.events = said[1], said[3]
+        self._ports = (said[2], said[4])
+
+    def stop(self) -> None:
+        code = processes.end(self._process)
+        if code != 0:
+            raise AssertionError(f"the home server ended with {code}")

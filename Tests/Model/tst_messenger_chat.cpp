@@ -1,0 +1,95 @@
+#include "Model/MessengerChat.h"
+
+#include <QTest>
+
+using namespace orvane;
+
+class TestMessengerChat : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void displayNameTakesTheFirstRuleThatApplies_data();
+    void displayNameTakesTheFirstRuleThatApplies();
+    void peerIsTheFirstOtherParticipant_data();
+    void peerIsTheFirstOtherParticipant();
+};
+
+void TestMessengerChat::displayNameTakesTheFirstRuleThatApplies_data() {
+    QTest::addColumn<ChatType>("type");
+    QTest::addColumn<QString>("flags");
+    /// A null text stands for an absent title.
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QStringList>("participants");
+    QTest::addColumn<QString>("name");
+    const QString absent;
+    const QString empty = QStringLiteral("");
+    const QString title = QStringLiteral("T");
+    const QStringList withAnna{QStringLiteral("1"), QStringLiteral("7")};
+    const auto row = [](const char *name, ChatType type, const char *flags, const QString &chatTitle,
+                        const QStringList &participants, const char *expected) {
+        QTest::newRow(name) << type << QString::fromLatin1(flags) << chatTitle << participants
+                            << QString::fromUtf8(expected);
+    };
+    using enum ChatType;
+    row("federated with a title", group, "federated", title, withAnna, "🌐 T");
+    row("federated wins over secret", group, "federated zk", title, withAnna, "🌐 T");
+    row("federated with an empty title is secret", direct, "federated zk", empty, withAnna, "🔒 ");
+    row("federated with an empty title", direct, "federated", empty, withAnna, "");
+    row("federated without a title", direct, "federated", absent, withAnna, "Anna");
+    row("federated group without a title", group, "federated", absent, withAnna, "G 2");
+    row("secret with a title", direct, "zk", title, withAnna, "🔒 T");
+    row("secret without a title", direct, "zk", absent, withAnna, "🔒 ZK Group");
+    row("title", direct, "", title, withAnna, "T");
+    row("empty title", group, "", empty, withAnna, "");
+    row("direct with a contact", direct, "", absent, withAnna, "Anna");
+    row("direct with a stranger", direct, "", absent, {QStringLiteral("1"), QStringLiteral("9")}, "?");
+    row("direct with a stranger first", direct, "", absent, {QStringLiteral("9"), QStringLiteral("7")}, "?");
+    row("direct with oneself", direct, "", absent, {QStringLiteral("1"), QStringLiteral("1")}, "?");
+    row("direct with nobody", direct, "", absent, {}, "?");
+    row("group", group, "", absent, withAnna, "G 2");
+    row("empty channel", channel, "", absent, {}, "G 0");
+}
+
+void TestMessengerChat::displayNameTakesTheFirstRuleThatApplies() {
+    QFETCH(ChatType, type);
+    QFETCH(QString, flags);
+    QFETCH(QString, title);
+    QFETCH(QStringList, participants);
+    MessengerUser anna;
+    anna.displayName = QStringLiteral("Anna");
+    MessengerUser myself;
+    myself.displayName = QStringLiteral("Myself");
+    const Contacts contacts{{QStringLiteral("7"), anna}, {QStringLiteral("1"), myself}};
+    MessengerChat chat;
+    chat.type = type;
+    chat.federated = flags.contains(QLatin1String("federated"));
+    chat.zkMode = flags.contains(QLatin1String("zk"));
+    if (!title.isNull())
+        chat.title = title;
+    chat.participants = participants;
+    QTEST(chat.displayName(QStringLiteral("1"), contacts), "name");
+}
+
+void TestMessengerChat::peerIsTheFirstOtherParticipant_data() {
+    QTest::addColumn<QStringList>("participants");
+    QTest::addColumn<QString>("peer");
+    const QString me = QStringLiteral("1");
+    QTest::newRow("nobody") << QStringList() << QString();
+    QTest::newRow("only me") << QStringList{me, me} << QString();
+    QTest::newRow("first") << QStringList{QStringLiteral("2"), me, QStringLiteral("3")}
+                           << QStringLiteral("2");
+    QTest::newRow("later") << QStringList{me, QStringLiteral("01"), QStringLiteral("2")}
+                           << QStringLiteral("01");
+}
+
+void TestMessengerChat::peerIsTheFirstOtherParticipant() {
+    QFETCH(QStringList, participants);
+    MessengerChat chat;
+    chat.type = ChatType::group;
+    chat.participants = participants;
+    QTEST(chat.peerId(QStringLiteral("1")), "peer");
+}
+
+QTEST_GUILESS_MAIN(TestMessengerChat)
+
+#include "tst_messenger_chat.moc"

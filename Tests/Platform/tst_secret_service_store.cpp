@@ -1,0 +1,105 @@
+#include "Platform/SecretServiceStore.h"
+#include "Support/SecretServiceSession.h"
+#include "Support/StoreBytes.h"
+#include "Support/TestMain.h"
+
+using namespace orvane;
+
+namespace {
+
+const QString service = QStringLiteral("com.orvanetalk.test");
+const QString label = QStringLiteral("a label");
+
+} // namespace
+
+/// Against a real keyring daemon on a bus of its own. The functions build on each other, in their order.
+class TestSecretServiceStore : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutABusNobodyAnswers();
+    void withoutADaemonNobodyAnswers();
+    void bytesComeBack_data() { storedBytesColumn(); }
+    void bytesComeBack();
+    void itemsAreKeptApart();
+    void labelIsForHumans();
+    void killedDaemonIsToldAndComesBackWithItsItems();
+    void lockedKeyringIsToldWithoutHanging();
+    void lostBusIsToldWithoutHanging();
+
+private:
+    SecretServiceSession m_session;
+    SecretServiceStore m_store;
+};
+
+void TestSecretServiceStore::withoutABusNobodyAnswers() {
+    QCOMPARE(m_store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::notAvailable);
+    QCOMPARE(m_store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::notAvailable);
+    QCOMPARE(m_store.remove(service, QStringLiteral("a")), SecretStatus::notAvailable);
+}
+
+void TestSecretServiceStore::withoutADaemonNobodyAnswers() {
+    QVERIFY(m_session.start());
+    m_session.killDaemon();
+    withoutABusNobodyAnswers();
+    QVERIFY(m_session.startDaemon());
+}
+
+void TestSecretServiceStore::bytesComeBack() {
+    QFETCH(QByteArray, data);
+    const QString account = QStringLiteral("ключ \"1\"");
+    QCOMPARE(m_store.copyMatching(service, account).status, SecretStatus::itemNotFound);
+    QCOMPARE(m_store.remove(service, account), SecretStatus::itemNotFound);
+    QCOMPARE(m_store.add(service, account, label, "before"), SecretStatus::success);
+    QCOMPARE(m_store.add(service, account, label, data), SecretStatus::success);
+    const SecretStore::Match match = m_store.copyMatching(service, account);
+    QCOMPARE(match.status, SecretStatus::success);
+    QCOMPARE(match.data, data);
+    QCOMPARE(m_store.remove(service, account), SecretStatus::success);
+    QCOMPARE(m_store.copyMatching(service, account).status, SecretStatus::itemNotFound);
+}
+
+void TestSecretServiceStore::itemsAreKeptApart() {
+    const QString a = QStringLiteral("a");
+    QCOMPARE(m_store.add(service, a, label, "1"), SecretStatus::success);
+    QCOMPARE(m_store.add(service, QStringLiteral("A"), label, "2"), SecretStatus::success);
+    QCOMPARE(m_store.add(QStringLiteral("other"), a, label, "3"), SecretStatus::success);
+    QCOMPARE(m_store.remove(QStringLiteral("other"), a), SecretStatus::success);
+    QCOMPARE(m_store.copyMatching(service, a).data, "1");
+    QCOMPARE(m_store.copyMatching(service, QStringLiteral("A")).data, "2");
+}
+
+void TestSecretServiceStore::labelIsForHumans() {
+    QCOMPARE(m_session.labelOf(service, QStringLiteral("a")), label);
+}
+
+void TestSecretServiceStore::killedDaemonIsToldAndComesBackWithItsItems() {
+    m_session.killDaemon();
+    QCOMPARE(m_store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::notAvailable);
+    QCOMPARE(m_store.add(service, QStringLiteral("b"), label, "1"), SecretStatus::notAvailable);
+    QVERIFY(m_session.startDaemon());
+    // The client learns of the new daemon through its event loop.
+    QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).data, "1");
+    QCOMPARE(m_store.add(service, QStringLiteral("b"), label, "2"), SecretStatus::success);
+    QCOMPARE(m_store.copyMatching(service, QStringLiteral("b")).data, "2");
+}
+
+void TestSecretServiceStore::lockedKeyringIsToldWithoutHanging() {
+    m_session.lock();
+    QVERIFY(m_store.copyMatching(service, QStringLiteral("a")).status != SecretStatus::success);
+    QVERIFY(m_store.add(service, QStringLiteral("c"), label, "1") != SecretStatus::success);
+    QVERIFY(m_store.remove(service, QStringLiteral("a")) != SecretStatus::success);
+    m_session.killDaemon();
+    QVERIFY(m_session.startDaemon());
+    QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).data, "1");
+}
+
+void TestSecretServiceStore::lostBusIsToldWithoutHanging() {
+    m_session.killBus();
+    QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::notAvailable);
+    QCOMPARE(m_store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::notAvailable);
+}
+
+ORVANE_TEST_MAIN(TestSecretServiceStore)
+
+#include "tst_secret_service_store.moc"

@@ -1,0 +1,316 @@
+#include "Server/HttpTransport.h"
+#include "Support/Await.h"
+#include "Support/ScriptedHttpServer.h"
+#include "Support/SignedInSession.h"
+#include "Support/TestMain.h"
+
+using namespace orvane;
+
+namespace {
+
+const QString path = QStringLiteral("/api/messenger/x");
+
+/// "body" or the name of the failure in brackets.
+QString told(const Outcome<QByteArray> &outcome) {
+    return outcome.value ? QString::fromUtf8(*outcome.value)
+                         : QLatin1Char('<') + outcome.failure + QLatin1Char('>');
+}
+
+} // namespace
+
+class TestHttpTransport : public QObject {
+    Q_OBJECT
+
+public:
+    static int child(const QStringList &arguments);
+
+private Q_SLOTS:
+    void init();
+    void requestsGoOutExactly_data();
+    void requestsGoOutExactly();
+    void pathsGoOutAsGiven_data();
+    void pathsGoOutAsGiven();
+    void tokenIsReadAtEachRequest();
+    void additionalHeadersWin();
+    void bodiesKeepTheirTypes();
+    void statusDecidesBetweenBodyAndCode_data();
+    void statusDecidesBetweenBodyAndCode();
+    void brokenAnswersAreTransportErrors_data();
+    void brokenAnswersAreTransportErrors();
+    void nobodyListeningIsATransportError();
+    void redirectsStayWithinOneOrigin_data();
+    void redirectsStayWithinOneOrigin();
+    void lateAnswersReachTheirOwnCallers();
+    void severalConnectionsServeOverlappingRequests();
+    void largeBodiesArriveWhole();
+    void brokenBaseStopsTheProcess_data();
+    void brokenBaseStopsTheProcess();
+    void strangeBaseIsATransportError_data();
+    void strangeBaseIsATransportError();
+
+private:
+    Outcome<QByteArray> get(const ScriptedAnswer &answer) {
+        m_server.answerNext(answer);
+        return outcomeOf(m_http->get(path));
+    }
+
+    ScriptedHttpServer m_server;
+    std::unique_ptr<SignedInSession> m_signedIn;
+    std::unique_ptr<HttpTransport> m_http;
+};
+
+/// One request to the given base.
+int TestHttpTransport::child(const QStringList &arguments) {
+    SignedInSession signedIn;
+    HttpTransport http(arguments.at(0), signedIn.session, 1000);
+    outcomeOf(http.get(arguments.at(1)));
+    return 0;
+}
+
+void TestHttpTransport::init() {
+    m_server.reset();
+    m_signedIn = std::make_unique<SignedInSession>();
+    m_http = std::make_unique<HttpTransport>(m_server.base(), m_signedIn->session, 400);
+}
+
+void TestHttpTransport::requestsGoOutExactly_data() {
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QJsonObject>("body");
+    /// Null for a request without one.
+    QTest::addColumn<QByteArray>("bytes");
+    const QJsonObject one{{QStringLiteral("k"), 1}};
+    QTest::newRow("get") << QByteArray("GET") << QJsonObject() << QByteArray();
+    for (const char *method : {"POST", "PATCH", "DELETE"}) {
+        QTest::addRow("%s", method) << QByteArray(method) << one << QByteArray(R"({"k":1})");
+        QTest::addRow("%s nothing", method) << QByteArray(method) << QJsonObject() << QByteArray("{}");
+    }
+}
+
+void TestHttpTransport::requestsGoOutExactly() {
+    QFETCH(QByteArray, method);
+    QFETCH(QJsonObject, body);
+    QFETCH(QByteArray, bytes);
+    const auto request = [&] {
+        return method == "GET"     ? m_http->get(path)
+               : method == "POST"  ? m_http->post(path, body)
+               : method == "PATCH" ? m_http->patch(path, body)
+                                   : m_http->del(path, body);
+    };
+    QCOMPARE(told(outcomeOf(request())), QStringLiteral("{}"));
+    const RecordedRequest sent = m_server.lastRequest();
+    QCOMPARE(sent.method, method);
+    QCOMPARE(sent.target, path.toUtf8());
+    QCOMPARE(sent.headers.value("authorization"), "Bearer t0k");
+    QCOMPARE(sent.headers.value("content-type"),
+             bytes.isNull() ? QByteArray() : QByteArray("application/json"));
+    QCOMPARE(sent.body, bytes);
+    m_signedIn->session.logout();
+    QCOMPARE(told(outcomeOf(request())), QStringLiteral("{}"));
+    QVERIFY(!m_server.lastRequest().headers.contains("authorization"));
+    QCOMPARE(m_server.requests().size(), 2);
+}
+
+void TestHttpTransport::pathsGoOutAsGiven_data() {
+    QTest::addColumn<QString>("given");
+    for (const char *given : {"/", "/a/b?x=1&y=2", "/a%2Fb%20c?q=%26%3D%25", "/a//b/", "/a?x=+1&y=a:b@c/d?e",
+                              "/a;b=c,d", "/%D0%B6", "/~a!$'()*"})
+        QTest::newRow(given) << QString::fromLatin1(given);
+}
+
+void TestHttpTransport::pathsGoOutAsGiven() {
+    QFETCH(QString, given);
+    outcomeOf(m_http->get(given));
+    QCOMPARE(m_server.lastRequest().target, given.toUtf8());
+}
+
+void TestHttpTransport::tokenIsReadAtEachRequest() {
+    outcomeOf(m_http->get(path));
+    m_signedIn->session.token = QStringLiteral("next");
+    outcomeOf(m_http->get(path));
+    QCOMPARE(m_server.lastRequest().headers.value("authorization"), "Bearer next");
+}
+
+void TestHttpTransport::additionalHeadersWin() {
+    const HttpTransport::Headers headers{
+        {QStringLiteral("Idempotency-Key"), QStringLiteral("m-1")},
+        {QStringLiteral("Authorization"), QStringLiteral("other")},
+        {QStringLiteral("Content-Type"), QStringLiteral("application/other")}};
+    outcomeOf(m_http->post(path, {}, headers));
+    QCOMPARE(m_server.lastRequest().headers.value("idempotency-key"), "m-1");
+    QCOMPARE(m_server.lastRequest().headers.value("authorization"), "other");
+    QCOMPARE(m_server.lastRequest().headers.value("content-type"), "application/other");
+}
+
+void TestHttpTransport::bodiesKeepTheirTypes() {
+    const QJsonObject body{{QStringLiteral("text"), QStringLiteral("1")},
+                           {QStringLiteral("integer"), std::numeric_limits<qint64>::max()},
+                           {QStringLiteral("double"), 0.5},
+                           {QStringLiteral("bool"), true},
+                           {QStringLiteral("null"), QJsonValue()},
+                           {QStringLiteral("list"), QJsonArray{QStringLiteral("Ж\n"), QJsonObject()}}};
+    outcomeOf(m_http->post(path, body));
+    QCOMPARE(m_server.lastRequest().body,
+             QByteArray(R"({"bool":true,"double":0.5,"integer":9223372036854775807,"list":["Ж\n",{}],)"
+                        R"("null":null,"text":"1"})"));
+}
+
+void TestHttpTransport::statusDecidesBetweenBodyAndCode_data() {
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("outcome");
+    for (const int status : {200, 201, 206, 299, 300, 399})
+        QTest::addRow("%d", status) << status << QStringLiteral("body");
+    // The body of a redirect to nowhere is not kept.
+    for (const int status : {204, 301, 302, 303, 304, 305, 307, 308})
+        QTest::addRow("%d", status) << status << QString();
+    for (const int status :
+         {400, 401, 403, 404, 405, 407, 409, 410, 418, 429, 451, 500, 501, 502, 503, 504, 599})
+        QTest::addRow("%d", status) << status << QStringLiteral("<api %1>").arg(status);
+}
+
+void TestHttpTransport::statusDecidesBetweenBodyAndCode() {
+    QFETCH(int, status);
+    QTEST(told(get(ScriptedAnswer::of(status, status == 204 || status == 304 ? "" : "body"))), "outcome");
+    QCOMPARE(m_server.requests().size(), 1);
+}
+
+void TestHttpTransport::brokenAnswersAreTransportErrors_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("ending");
+    const QString close = QStringLiteral("close");
+    QTest::newRow("silence") << QByteArray() << QString();
+    QTest::newRow("closed without a byte") << QByteArray() << close;
+    QTest::newRow("closed in the head") << QByteArray("HTTP/1.1 200 OK\r\nContent-Le") << close;
+    QTest::newRow("silence in the head") << QByteArray("HTTP/1.1 200 OK\r\nContent-Le") << QString();
+    QTest::newRow("closed in the body")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{}") << close;
+    QTest::newRow("silence in the body")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{}") << QString();
+    QTest::newRow("closed before the body")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n") << close;
+    QTest::newRow("another protocol") << QByteArray("220 mail.example.org ESMTP\r\n") << close;
+    QTest::newRow("closed in the body of a refusal")
+        << QByteArray("HTTP/1.1 500 No\r\nContent-Length: 9\r\n\r\n{}") << close;
+}
+
+void TestHttpTransport::brokenAnswersAreTransportErrors() {
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, ending);
+    ScriptedAnswer answer;
+    if (!bytes.isNull())
+        answer.bytes = bytes;
+    if (ending == u"close")
+        answer.afterwards = ScriptedAnswer::Afterwards::close;
+    // The network library asks again by itself where not a byte came back.
+    for (int again = 0; again < 5; ++again)
+        m_server.answerNext(answer);
+    const auto outcome = outcomeOf(m_http->post(path, {}));
+    QCOMPARE(told(outcome), QStringLiteral("<transport>"));
+    m_server.reset();
+    QCOMPARE(told(outcomeOf(m_http->get(path))), QStringLiteral("{}"));
+}
+
+void TestHttpTransport::nobodyListeningIsATransportError() {
+    QString base;
+    {
+        const ScriptedHttpServer gone;
+        base = gone.base();
+    }
+    HttpTransport http(base, m_signedIn->session, 400);
+    QCOMPARE(told(outcomeOf(http.get(path))), QStringLiteral("<transport>"));
+}
+
+void TestHttpTransport::redirectsStayWithinOneOrigin_data() {
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("sameOrigin");
+    for (const int status : {301, 302, 303, 307, 308}) {
+        QTest::addRow("%d here", status) << status << true;
+        QTest::addRow("%d elsewhere", status) << status << false;
+    }
+}
+
+void TestHttpTransport::redirectsStayWithinOneOrigin() {
+    QFETCH(int, status);
+    QFETCH(bool, sameOrigin);
+    ScriptedHttpServer elsewhere;
+    const QString target = (sameOrigin ? m_server.base() : elsewhere.base()) + QStringLiteral("/moved");
+    m_server.answerNext(ScriptedAnswer::of(status, "moved", "Location: " + target.toUtf8() + "\r\n"));
+    const QString outcome = told(outcomeOf(m_http->get(path)));
+    QVERIFY(elsewhere.requests().isEmpty());
+    if (sameOrigin) {
+        QCOMPARE(outcome, QStringLiteral("{}"));
+        QCOMPARE(m_server.lastRequest().target, "/moved");
+        QCOMPARE(m_server.lastRequest().headers.value("authorization"), "Bearer t0k");
+    } else {
+        // An answer below 400 that is not followed is an answer like any other.
+        QCOMPARE(outcome, QString());
+    }
+}
+
+void TestHttpTransport::lateAnswersReachTheirOwnCallers() {
+    m_server.answerNext(ScriptedAnswer::of(200, "first").heldBack());
+    m_server.answerNext(ScriptedAnswer::of(404, "second"));
+    auto first = m_http->get(QStringLiteral("/first"));
+    QTRY_COMPARE(m_server.requests().size(), 1);
+    QCOMPARE(told(outcomeOf(m_http->get(QStringLiteral("/second")))), QStringLiteral("<api 404>"));
+    m_signedIn->session.logout();
+    m_server.release();
+    QCOMPARE(told(outcomeOf(std::move(first))), QStringLiteral("first"));
+}
+
+void TestHttpTransport::severalConnectionsServeOverlappingRequests() {
+    std::vector<QCoro::Task<Outcome<QByteArray>>> tasks;
+    for (int number = 0; number < 30; ++number) {
+        const QByteArray body = QByteArray::number(number);
+        m_server.answerNext(ScriptedAnswer::of(200, body));
+        tasks.push_back(settle(m_http->get(QStringLiteral("/%1").arg(number))));
+    }
+    QStringList answers;
+    for (auto &task : tasks)
+        answers.append(told(QCoro::waitFor(task)));
+    QCOMPARE(m_server.requests().size(), 30);
+    QCOMPARE(QSet<QString>(answers.cbegin(), answers.cend()).size(), 30);
+}
+
+void TestHttpTransport::largeBodiesArriveWhole() {
+    const QByteArray large = "[\"" + QByteArray(10'000'000, 'x') + "\"]";
+    QCOMPARE(get(ScriptedAnswer::of(200, large)).value, large);
+    const QJsonObject body{{QStringLiteral("k"), QString::fromLatin1(large)}};
+    outcomeOf(m_http->post(path, body));
+    QCOMPARE(m_server.lastRequest().body, json::compact(body));
+}
+
+void TestHttpTransport::brokenBaseStopsTheProcess_data() {
+    QTest::addColumn<QString>("base");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("no address") << QStringLiteral("http://[::") << path;
+    QTest::newRow("impossible port") << QStringLiteral("http://127.0.0.1:99999") << path;
+    QTest::newRow("space in the path") << QStringLiteral("http://127.0.0.1:1") << QStringLiteral("/a b");
+    QTest::newRow("bad percent sign") << QStringLiteral("http://127.0.0.1:1") << QStringLiteral("/a%zz");
+}
+
+void TestHttpTransport::brokenBaseStopsTheProcess() {
+    QFETCH(QString, base);
+    QFETCH(QString, target);
+    const ChildResult result = runChild({base, target});
+    QVERIFY(result.crashed || result.exitCode != 0);
+    QVERIFY2(result.errors.contains(base) && result.errors.contains(QLatin1String("ORVANETALK_API_BASE")),
+             qPrintable(result.errors));
+    QVERIFY(!result.errors.contains(QLatin1String("t0k")));
+}
+
+void TestHttpTransport::strangeBaseIsATransportError_data() {
+    QTest::addColumn<QString>("base");
+    for (const char *base : {"localhost", "gopher://127.0.0.1", "http://", "example.org:8080", "/"})
+        QTest::newRow(base) << QString::fromLatin1(base);
+}
+
+void TestHttpTransport::strangeBaseIsATransportError() {
+    QFETCH(QString, base);
+    HttpTransport http(base, m_signedIn->session, 400);
+    QCOMPARE(told(outcomeOf(http.get(path))), QStringLiteral("<transport>"));
+    QCOMPARE(told(outcomeOf(http.post(path, {}))), QStringLiteral("<transport>"));
+}
+
+ORVANE_TEST_MAIN(TestHttpTransport)
+
+#include "tst_http_transport.moc"

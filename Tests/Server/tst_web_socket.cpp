@@ -1,0 +1,444 @@
+#include "Server/MessengerWebSocket.h"
+#include "Support/RecordingSocketServer.h"
+#include "Support/ScriptedHttpServer.h"
+#include "Support/TestMain.h"
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QTimer>
+
+using namespace orvane;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Of these timers only those that a test is about may fire while it runs.
+constexpr MessengerWebSocket::Timing slow{1h, 1h};
+constexpr MessengerWebSocket::Timing reconnecting{1h, 50ms};
+constexpr MessengerWebSocket::Timing pinging{40ms, 1h};
+
+const QString auth = QStringLiteral(R"({"token":"t0k","type":"auth"})");
+const QString ping = QStringLiteral(R"({"type":"ping"})");
+const QString token = QStringLiteral("t0k");
+
+QJsonObject typed(const char *type) {
+    return {{QStringLiteral("type"), QLatin1String(type)}};
+}
+
+QString frame(const char *type) {
+    return QStringLiteral(R"({"type":"%1"})").arg(QLatin1String(type));
+}
+
+/// Two connections, the first replaced by the second, and the second in use.
+void connectTwice(RecordingSocketServer &server, MessengerWebSocket &socket) {
+    socket.connect(token);
+    QTRY_VERIFY(!server.frames(0).isEmpty());
+    socket.connect(token);
+    QTRY_VERIFY(!server.frames(1).isEmpty());
+    server.sendText(1, frame("new"));
+    QTRY_VERIFY(socket.isConnected.value());
+}
+
+/// The pings serve as a clock.
+void awaitPings(const RecordingSocketServer &server, qsizetype connection, qsizetype count) {
+    const qsizetype before = server.frames(connection).count(ping);
+    QTRY_VERIFY(server.frames(connection).count(ping) >= before + count);
+}
+
+/// Collects the types of the events, in order.
+class Subscriber : public QObject {
+public:
+    explicit Subscriber(MessengerWebSocket &socket) {
+        connect(&socket, &MessengerWebSocket::events, this, [this](const WSEvent &event) {
+            types.append(event.type);
+            last = event;
+        });
+    }
+
+    QStringList types;
+    WSEvent last;
+};
+
+/// A connection that has shown its token.
+struct Live {
+    explicit Live(MessengerWebSocket::Timing timing = slow)
+        : socket(server.url(), timing)
+        , subscriber(socket) {
+        socket.connect(token);
+        QTRY_VERIFY(!server.frames(0).isEmpty());
+    }
+
+    RecordingSocketServer server;
+    MessengerWebSocket socket;
+    Subscriber subscriber;
+};
+
+} // namespace
+
+class TestWebSocket : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void authIsTheWholeHandshake();
+    void framesSentEarlyFollowAuth();
+    void sendWithoutConnectionDoesNothing();
+    void goodFramesReachEverySubscriber_data();
+    void goodFramesReachEverySubscriber();
+    void badFramesReachNobodyButCount_data();
+    void badFramesReachNobodyButCount();
+    void eventsKeepTheirOrder();
+    void largeFramesPassBothWays();
+    void pingsGoOutAtTheirInterval();
+    void secondConnectLeavesOnePingTimer();
+    void replacedConnectionReportsOnceMore_data();
+    void replacedConnectionReportsOnceMore();
+    void lostConnectionIsReplacedWithTheLatestToken_data();
+    void lostConnectionIsReplacedWithTheLatestToken();
+    void refusedConnectionsAreTriedAgain_data();
+    void refusedConnectionsAreTriedAgain();
+    void frameStopsThePendingReconnect();
+    void secondFailureRestartsTheDelay();
+    void serverThatNeverAnswersIsGivenUp();
+    void brokenUrlDoesNothing_data();
+    void brokenUrlDoesNothing();
+    void endsCleanlyInEveryState_data();
+    void endsCleanlyInEveryState();
+};
+
+void TestWebSocket::authIsTheWholeHandshake() {
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), slow);
+    const QString hostile = QStringLiteral("a\"b\\c\nЖ");
+    socket.connect(hostile);
+    QTRY_COMPARE(server.frames(0).size(), 1);
+    QCOMPARE(server.frames(0).first(), QStringLiteral(R"({"token":"a\"b\\c\nЖ","type":"auth"})"));
+    QCOMPARE(server.resource(0), QStringLiteral("/ws"));
+    QVERIFY(!socket.isConnected.value());
+}
+
+void TestWebSocket::framesSentEarlyFollowAuth() {
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), slow);
+    socket.connect(token);
+    socket.send(typed("one"));
+    socket.send(typed("two"));
+    QTRY_COMPARE(server.frames(0).size(), 3);
+    socket.send(typed("three"));
+    QTRY_COMPARE(server.frames(0), (QStringList{auth, frame("one"), frame("two"), frame("three")}));
+}
+
+void TestWebSocket::sendWithoutConnectionDoesNothing() {
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), slow);
+    socket.send(typed("lost"));
+    socket.connect(token);
+    QTRY_COMPARE(server.frames(0).size(), 1);
+    server.sendText(0, frame("x"));
+    QTRY_VERIFY(socket.isConnected.value());
+    server.cut(0);
+    QTRY_VERIFY(!socket.isConnected.value());
+    socket.send(typed("lost as well"));
+    socket.connect(token);
+    QTRY_COMPARE(server.frames(1), QStringList{auth});
+}
+
+void TestWebSocket::goodFramesReachEverySubscriber_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("type");
+    const auto row = [](const char *text, const char *type) {
+        QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(type);
+    };
+    row(R"({"type":"typing","is_typing":true,"chat_id":"3"})", "typing");
+    row(R"( {"type" : ""} )", "");
+    row(R"({"type":"Pong"})", "Pong");
+    row(R"({"type":"новое","n":9223372036854775807})", "новое");
+    row(R"({"type":"a","type":"b"})", "b");
+}
+
+void TestWebSocket::goodFramesReachEverySubscriber() {
+    QFETCH(QString, text);
+    Live live;
+    auto &[server, socket, first] = live;
+    server.sendText(0, frame("before"));
+    QTRY_COMPARE(first.types.size(), 1);
+    Subscriber second(socket);
+    server.sendText(0, text);
+    QTRY_COMPARE(first.types.size(), 2);
+    QTEST(first.types.last(), "type");
+    QCOMPARE(second.types, QStringList{first.types.last()});
+    QCOMPARE(second.last.data, QJsonDocument::fromJson(text.toUtf8()).object());
+    QCOMPARE(second.last.data.value(QStringLiteral("type")).toString(), second.last.type);
+}
+
+void TestWebSocket::badFramesReachNobodyButCount_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("binary");
+    for (const char *text :
+         {"[1,2]", R"({"kind":"x"})", "no json", "", "{", R"({"type":7})", R"({"type":null})",
+          R"({"type":["x"]})", R"({"type":"pong"})", R"({"type":"pong","chat_id":"3"})", "\"type\"", "null",
+          R"([{"type":"x"}])", R"({"data":{"type":"x"}})"})
+        QTest::newRow(text) << QByteArray(text) << false;
+    QTest::newRow("binary") << QByteArray(R"({"type":"x"})") << true;
+    QTest::newRow("binary noise") << QByteArray("\0\xff", 2) << true;
+    QTest::newRow("too deep") << R"({"type":)" + QByteArray(100'000, '[') << false;
+}
+
+void TestWebSocket::badFramesReachNobodyButCount() {
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, binary);
+    Live live;
+    auto &[server, socket, subscriber] = live;
+    QVERIFY(!socket.isConnected.value());
+    if (binary)
+        server.sendBinary(0, bytes);
+    else
+        server.sendText(0, QString::fromUtf8(bytes));
+    QTRY_VERIFY(socket.isConnected.value());
+    server.sendText(0, frame("after"));
+    QTRY_COMPARE(subscriber.types, QStringList{QStringLiteral("after")});
+}
+
+void TestWebSocket::eventsKeepTheirOrder() {
+    Live live;
+    auto &[server, socket, subscriber] = live;
+    QStringList expected;
+    for (int number = 0; number < 500; ++number) {
+        expected.append(QString::number(number));
+        server.sendText(0, QStringLiteral(R"({"type":"%1"})").arg(number));
+        if (number % 7 == 0)
+            server.sendBinary(0, "x");
+    }
+    QTRY_COMPARE(subscriber.types, expected);
+}
+
+void TestWebSocket::largeFramesPassBothWays() {
+    Live live;
+    auto &[server, socket, subscriber] = live;
+    const QString large(1'000'000, QChar(u'Ж'));
+    QJsonObject map = typed("large");
+    map.insert(QStringLiteral("text"), large);
+    socket.send(map);
+    QTRY_COMPARE(server.frames(0).size(), 2);
+    server.sendText(0, server.frames(0).last());
+    QTRY_COMPARE(subscriber.types.size(), 1);
+    QCOMPARE(subscriber.last.data, map);
+}
+
+void TestWebSocket::pingsGoOutAtTheirInterval() {
+    Live live(pinging);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    awaitPings(live.server, 0, 5);
+    QVERIFY2(elapsed.elapsed() >= 140, qPrintable(QString::number(elapsed.elapsed())));
+    QCOMPARE(live.server.frames(0).first(), auth);
+}
+
+void TestWebSocket::secondConnectLeavesOnePingTimer() {
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), pinging);
+    for (qsizetype connection = 0; connection < 4; ++connection) {
+        socket.connect(QStringLiteral("t%1").arg(connection));
+        QTRY_VERIFY(!server.frames(connection).isEmpty());
+    }
+    QCOMPARE(server.frames(3).first(), QStringLiteral(R"({"token":"t3","type":"auth"})"));
+    const qsizetype oldFrames = server.frames(0).size();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    awaitPings(server, 3, 8);
+    // Four timers would take a quarter of the time.
+    QVERIFY2(elapsed.elapsed() >= 200, qPrintable(QString::number(elapsed.elapsed())));
+    QCOMPARE(server.frames(0).size(), oldFrames);
+}
+
+void TestWebSocket::replacedConnectionReportsOnceMore_data() {
+    QTest::addColumn<QString>("report");
+    QTest::newRow("an event") << QStringLiteral("event");
+    QTest::newRow("its end") << QStringLiteral("end");
+}
+
+void TestWebSocket::replacedConnectionReportsOnceMore() {
+    QFETCH(QString, report);
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), slow);
+    const Subscriber subscriber(socket);
+    connectTwice(server, socket);
+    if (report == u"event") {
+        server.sendText(0, frame("old"));
+        QTRY_COMPARE(subscriber.types.size(), 2);
+        server.sendText(0, frame("too old"));
+    } else {
+        server.cut(0);
+        QTRY_VERIFY(!socket.isConnected.value());
+    }
+    server.sendText(1, frame("newer"));
+    QTRY_COMPARE(subscriber.types.last(), QStringLiteral("newer"));
+    QVERIFY(socket.isConnected.value());
+    QVERIFY(!subscriber.types.contains(QStringLiteral("too old")));
+    socket.send(typed("out"));
+    QTRY_COMPARE(server.frames(1), (QStringList{auth, frame("out")}));
+}
+
+void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken_data() {
+    QTest::addColumn<bool>("politely");
+    QTest::newRow("closed") << true;
+    QTest::newRow("cut") << false;
+}
+
+void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken() {
+    QFETCH(bool, politely);
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), reconnecting);
+    socket.connect(QStringLiteral("first"));
+    QTRY_COMPARE(server.frames(0).size(), 1);
+    socket.connect(token);
+    QTRY_COMPARE(server.frames(1).size(), 1);
+    QElapsedTimer elapsed;
+    for (qsizetype connection = 1; connection < 4; ++connection) {
+        server.sendText(connection, frame("x"));
+        QTRY_VERIFY(socket.isConnected.value());
+        elapsed.start();
+        if (politely)
+            server.close(connection);
+        else
+            server.cut(connection);
+        QTRY_VERIFY(!socket.isConnected.value());
+        QTRY_COMPARE(server.frames(connection + 1), QStringList{auth});
+        QVERIFY2(elapsed.elapsed() >= 45, qPrintable(QString::number(elapsed.elapsed())));
+        QVERIFY(!socket.isConnected.value());
+    }
+    QCOMPARE(server.connections(), 5);
+}
+
+void TestWebSocket::refusedConnectionsAreTriedAgain_data() {
+    QTest::addColumn<QString>("refusal");
+    QTest::newRow("nobody listens") << QStringLiteral("nobody");
+    QTest::newRow("a page") << QStringLiteral("page");
+    QTest::newRow("401") << QStringLiteral("401");
+    QTest::newRow("closed") << QStringLiteral("closed");
+    QTest::newRow("wrong accept key") << QStringLiteral("key");
+}
+
+void TestWebSocket::refusedConnectionsAreTriedAgain() {
+    QFETCH(QString, refusal);
+    if (refusal == u"nobody") {
+        RecordingSocketServer server;
+        server.stopListening();
+        MessengerWebSocket socket(server.url(), {1h, 20ms});
+        socket.connect(token);
+        socket.send(typed("not kept for the next connection"));
+        QTimer::singleShot(60ms, &server, &RecordingSocketServer::listenAgain);
+        QTRY_COMPARE(server.frames(0), QStringList{auth});
+        return;
+    }
+    ScriptedHttpServer server;
+    const ScriptedAnswer answer =
+        refusal == u"page"  ? ScriptedAnswer::of(200, "<html></html>")
+        : refusal == u"401" ? ScriptedAnswer::of(401)
+        : refusal == u"key" ? ScriptedAnswer::raw("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
+                                                  "Connection: Upgrade\r\nSec-WebSocket-Accept: AAAA\r\n\r\n")
+                            : ScriptedAnswer::closed();
+    for (int times = 0; times < 10; ++times)
+        server.answerNext(answer);
+    MessengerWebSocket socket(QStringLiteral("ws://127.0.0.1:%1/ws").arg(server.port()), {1h, 20ms});
+    socket.connect(token);
+    QTRY_VERIFY(server.requests().size() >= 3);
+    QVERIFY(!socket.isConnected.value());
+    for (const RecordedRequest &request : server.requests()) {
+        QCOMPARE(request.target, "/ws");
+        QVERIFY(!request.headers.contains("authorization"));
+    }
+}
+
+void TestWebSocket::frameStopsThePendingReconnect() {
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), {40ms, 200ms});
+    connectTwice(server, socket);
+    // The end of the old connection starts the delay, a frame of the new one stops it.
+    server.cut(0);
+    QTRY_VERIFY(!socket.isConnected.value());
+    server.sendText(1, frame("x"));
+    QTRY_VERIFY(socket.isConnected.value());
+    awaitPings(server, 1, 10);
+    QCOMPARE(server.connections(), 2);
+}
+
+void TestWebSocket::secondFailureRestartsTheDelay() {
+    RecordingSocketServer server;
+    MessengerWebSocket socket(server.url(), {40ms, 400ms});
+    connectTwice(server, socket);
+    server.cut(0);
+    QTRY_VERIFY(!socket.isConnected.value());
+    awaitPings(server, 1, 4);
+    QElapsedTimer sinceSecond;
+    sinceSecond.start();
+    server.cut(1);
+    QTRY_COMPARE(server.connections(), 3);
+    QVERIFY2(sinceSecond.elapsed() >= 360, qPrintable(QString::number(sinceSecond.elapsed())));
+}
+
+void TestWebSocket::serverThatNeverAnswersIsGivenUp() {
+    ScriptedHttpServer server;
+    for (int times = 0; times < 10; ++times)
+        server.answerNext(ScriptedAnswer::silence());
+    MessengerWebSocket socket(QStringLiteral("ws://127.0.0.1:%1/ws").arg(server.port()), {1h, 20ms, 60ms});
+    socket.connect(token);
+    socket.send(typed("x"));
+    QTRY_VERIFY(server.requests().size() >= 3);
+    QVERIFY(!socket.isConnected.value());
+}
+
+void TestWebSocket::brokenUrlDoesNothing_data() {
+    QTest::addColumn<QString>("url");
+    for (const char *url : {"", "ws://[::", "ws://127.0.0.1:99999/ws", "ws://127.0.0.1/a b"})
+        QTest::newRow(url) << QString::fromLatin1(url);
+}
+
+void TestWebSocket::brokenUrlDoesNothing() {
+    QFETCH(QString, url);
+    MessengerWebSocket socket(url, reconnecting);
+    socket.connect(token);
+    socket.send(typed("x"));
+    QVERIFY(!socket.isConnected.value());
+    QVERIFY(socket.children().isEmpty());
+}
+
+void TestWebSocket::endsCleanlyInEveryState_data() {
+    QTest::addColumn<QString>("state");
+    for (const char *state : {"idle", "connecting", "waiting", "connected", "replaced", "failed", "refused"})
+        QTest::newRow(state) << QString::fromLatin1(state);
+}
+
+void TestWebSocket::endsCleanlyInEveryState() {
+    QFETCH(QString, state);
+    RecordingSocketServer server;
+    auto socket = std::make_unique<MessengerWebSocket>(server.url(), slow);
+    if (state == u"refused")
+        server.stopListening();
+    if (state != u"idle")
+        socket->connect(token);
+    if (state != u"idle" && state != u"connecting" && state != u"refused")
+        QTRY_COMPARE(server.frames(0).size(), 1);
+    if (state == u"connected" || state == u"replaced" || state == u"failed") {
+        server.sendText(0, frame("x"));
+        QTRY_VERIFY(socket->isConnected.value());
+    }
+    if (state == u"replaced") {
+        socket->connect(token);
+        QTRY_COMPARE(server.frames(1).size(), 1);
+    }
+    if (state == u"failed") {
+        server.cut(0);
+        QTRY_VERIFY(!socket->isConnected.value());
+    }
+    socket.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // The next one is not disturbed by what the last one left behind.
+    RecordingSocketServer next;
+    MessengerWebSocket other(next.url(), slow);
+    other.connect(token);
+    QTRY_COMPARE(next.frames(0), QStringList{auth});
+}
+
+ORVANE_TEST_MAIN(TestWebSocket)
+
+#include "tst_web_socket.moc"

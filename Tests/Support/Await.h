@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Base/Json.h"
+#include "Model/ChatListAnswer.h"
+#include "Server/ApiError.h"
+
+#include <QCoroTask>
+
+#include <exception>
+#include <optional>
+#include <type_traits>
+
+namespace orvane {
+
+/// How a task ended: its value, or a short name for what it threw: "api 404", "transport", "json",
+/// "decoding", "badResponse".
+template <typename T>
+struct Outcome {
+    std::optional<T> value;
+    QString failure;
+};
+
+inline QString nameOf(const std::exception &error) {
+    if (const auto *api = dynamic_cast<const ApiError *>(&error))
+        return QStringLiteral("%1 %2").arg(api->domain(), QString::number(api->code()));
+    if (dynamic_cast<const TransportError *>(&error))
+        return QStringLiteral("transport");
+    if (dynamic_cast<const JsonError *>(&error))
+        return QStringLiteral("json");
+    if (dynamic_cast<const DecodingError *>(&error))
+        return QStringLiteral("decoding");
+    if (dynamic_cast<const MessengerAPIError *>(&error))
+        return QStringLiteral("badResponse");
+    return QString::fromUtf8(error.what());
+}
+
+template <typename T>
+QCoro::Task<Outcome<T>> settle(QCoro::Task<T> task) {
+    Outcome<T> outcome;
+    try {
+        outcome.value.emplace(co_await task);
+    } catch (const std::exception &error) {
+        outcome.failure = nameOf(error);
+    }
+    co_return outcome;
+}
+
+inline QCoro::Task<Outcome<bool>> settle(QCoro::Task<void> task) {
+    Outcome<bool> outcome;
+    try {
+        co_await task;
+        outcome.value = true;
+    } catch (const std::exception &error) {
+        outcome.failure = nameOf(error);
+    }
+    co_return outcome;
+}
+
+/// Runs the event loop until the task has ended.
+template <typename T>
+auto outcomeOf(QCoro::Task<T> task) {
+    return QCoro::waitFor(settle(std::move(task)));
+}
+
+} // namespace orvane

@@ -1,0 +1,134 @@
+#include "Support/SecretServiceSession.h"
+
+#include <QFile>
+
+#include <libsecret/secret.h>
+
+#include <csignal>
+
+namespace orvane {
+
+namespace {
+
+// No service folders: nothing is ever activated on this bus, least of all with the person's own keyring.
+constexpr char busConfiguration[] =
+    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:dir=%1</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)";
+
+bool hasOwner(GDBusConnection *bus) {
+    GVariant *answer = g_dbus_connection_call_sync(
+        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
+        g_variant_new("(s)", "org.freedesktop.secrets"), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, 5000,
+        nullptr, nullptr);
+    if (!answer)
+        return false;
+    gboolean owned = FALSE;
+    g_variant_get(answer, "(b)", &owned);
+    g_variant_unref(answer);
+    return owned != FALSE;
+}
+
+} // namespace
+
+SecretServiceSession::~SecretServiceSession() {
+    killDaemon();
+    killBus();
+}
+
+bool SecretServiceSession::start() {
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    QFile configuration(runtime + QStringLiteral("/bus.conf"));
+    if (!configuration.open(QIODevice::WriteOnly))
+        return false;
+    configuration.write(QString::fromLatin1(busConfiguration).arg(runtime).toUtf8());
+    configuration.close();
+
+    m_bus.start(QStringLiteral("dbus-daemon"),
+                {QStringLiteral("--config-file=") + configuration.fileName(), QStringLiteral("--nofork"),
+                 QStringLiteral("--print-address")});
+    if (!m_bus.waitForReadyRead(10'000))
+        return false;
+    qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.readAllStandardOutput().trimmed());
+    // A process that loses its session bus ends by default; this one ends its bus itself.
+    GDBusConnection *bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+    if (!bus)
+        return false;
+    g_dbus_connection_set_exit_on_close(bus, FALSE);
+    g_object_unref(bus);
+    return startDaemon();
+}
+
+bool SecretServiceSession::startDaemon() {
+    m_daemon.setProcessChannelMode(QProcess::MergedChannels);
+    m_daemon.start(QStringLiteral("gnome-keyring-daemon"),
+                   {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
+                    QStringLiteral("--components=secrets"),
+                    QStringLiteral("--control-directory=") + qEnvironmentVariable("XDG_RUNTIME_DIR") +
+                        QStringLiteral("/keyring")});
+    if (!m_daemon.waitForStarted(10'000))
+        return false;
+    m_daemon.write("known password");
+    m_daemon.closeWriteChannel();
+    GDBusConnection *bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+    bool owned = false;
+    for (int attempt = 0; attempt < 200 && !owned; ++attempt) {
+        m_daemon.waitForFinished(50);
+        owned = hasOwner(bus);
+    }
+    g_object_unref(bus);
+    return owned;
+}
+
+void SecretServiceSession::killDaemon() {
+    if (m_daemon.state() == QProcess::NotRunning)
+        return;
+    m_daemon.kill();
+    m_daemon.waitForFinished();
+}
+
+void SecretServiceSession::lock() {
+    SecretService *service = secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, nullptr);
+    SecretCollection *collection = secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT,
+                                                                    SECRET_COLLECTION_NONE, nullptr, nullptr);
+    GList *objects = g_list_append(nullptr, collection);
+    secret_service_lock_sync(service, objects, nullptr, nullptr, nullptr);
+    g_list_free_full(objects, g_object_unref);
+    g_object_unref(service);
+}
+
+void SecretServiceSession::killBus() {
+    if (m_bus.state() == QProcess::NotRunning)
+        return;
+    m_bus.kill();
+    m_bus.waitForFinished();
+}
+
+QString SecretServiceSession::labelOf(const QString &service, const QString &account) const {
+    GHashTable *attributes = g_hash_table_new_full(g_str_hash, g_str_equal, g_free, g_free);
+    g_hash_table_insert(attributes, g_strdup("service"), g_strdup(service.toUtf8().constData()));
+    g_hash_table_insert(attributes, g_strdup("account"), g_strdup(account.toUtf8().constData()));
+    GList *items =
+        secret_service_search_sync(nullptr, nullptr, attributes, SECRET_SEARCH_NONE, nullptr, nullptr);
+    QString result;
+    if (items) {
+        gchar *label = secret_item_get_label(SECRET_ITEM(items->data));
+        result = QString::fromUtf8(label);
+        g_free(label);
+    }
+    g_list_free_full(items, g_object_unref);
+    g_hash_table_unref(attributes);
+    return result;
+}
+
+} // namespace orvane
