@@ -2,6 +2,8 @@
 # Configures a preset where that is due, and builds it: build.sh PRESET [cmake --build options]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+# A clone elsewhere finds in the cache what another one compiled.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 preset=$1
 shift
 

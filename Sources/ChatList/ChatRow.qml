@@ -93,7 +93,7 @@ Item {
         }
         maximumLineCount: 1
         horizontalAlignment: Text.AlignLeft
-        text: root.record.lastMessage ? root.record.lastMessage.content.replace(/\s+/g, " ") : ""
+        text: root.record.lastMessage ? root.screen.preview(root.record) : ""
         font: Theme.secondaryFont
         color: Theme.dimmed
         Accessible.ignored: true

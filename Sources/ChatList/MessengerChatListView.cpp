@@ -12,6 +12,9 @@ namespace orvane {
 
 namespace {
 
+// More than fits into the widest row, and little enough to lay out at once.
+constexpr int previewLength = 200;
+
 MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     MessengerUser user;
     user.id = id;
@@ -55,10 +58,14 @@ bool MessengerChatListView::isOnline(const QString &userID) const {
     return user != contacts.constEnd() && user->status == UserStatus::online;
 }
 
+QString MessengerChatListView::preview(const MessengerChat &chat) const {
+    return chat.lastMessage ? chat.lastMessage->content.left(previewLength).simplified() : QString();
+}
+
 QString MessengerChatListView::spokenChat(const MessengerChat &chat) const {
     QStringList words{displayName(chat)};
     if (chat.lastMessage)
-        words << chat.lastMessage->content;
+        words << preview(chat);
     if (chat.unreadCount > 0)
         words << QStringLiteral("%1 unread").arg(chat.unreadCount);
     return words.join(QStringLiteral(", "));

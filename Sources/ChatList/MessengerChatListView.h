@@ -53,6 +53,8 @@ public:
     /// The other person of a direct chat; empty for all other chats.
     Q_INVOKABLE QString peerId(const orvane::MessengerChat &chat) const;
     Q_INVOKABLE bool isOnline(const QString &userID) const;
+    /// The last message in one line, no longer than a row can show.
+    Q_INVOKABLE QString preview(const orvane::MessengerChat &chat) const;
     /// A row in words for assistive technology: name, preview, unread count.
     Q_INVOKABLE QString spokenChat(const orvane::MessengerChat &chat) const;
 

@@ -15,12 +15,17 @@ Rectangle {
     /// Above the text; empty for own messages and within a run.
     required property string sender
 
+    /// Characters of a very long message that are laid out; the rest comes on demand, a piece at a time.
+    property int shownLength: pieceLength
+    readonly property int pieceLength: 8000
+    readonly property bool isCut: record.content.length > shownLength
+
     readonly property color ink: own ? Theme.onOwnBubble : Theme.text
     readonly property color dimmedInk: own ? Theme.dimmedOnOwnBubble : Theme.dimmed
     readonly property int roomForText: maximumWidth - 2 * Theme.gap12
     /// The time stands beside the end of the last line where there is room, else below it.
     readonly property bool timeFitsBeside:
-        content.lineCount <= 1 && content.implicitWidth + Theme.gap8 + meta.width <= roomForText
+        !isCut && content.lineCount <= 1 && content.implicitWidth + Theme.gap8 + meta.width <= roomForText
 
     width: 2 * Theme.gap12 + Math.max(name.visible ? Math.min(name.implicitWidth, roomForText) : 0,
                                       timeFitsBeside ? content.width + Theme.gap8 + meta.width
@@ -64,7 +69,7 @@ Rectangle {
         x: Theme.gap12
         y: Theme.gap8 + (name.visible ? name.height + 2 : 0)
         width: Math.min(implicitWidth, root.roomForText)
-        text: root.record.content
+        text: root.isCut ? root.record.content.slice(0, root.shownLength) + "…" : root.record.content
         textFormat: TextEdit.PlainText
         wrapMode: TextEdit.Wrap
         readOnly: true
@@ -78,10 +83,20 @@ Rectangle {
         selectedTextColor: root.own ? Theme.text : Theme.onAccent
         Accessible.ignored: true
     }
+    LinkButton {
+        id: more
+        visible: root.isCut
+        x: Theme.gap4
+        y: content.y + content.height
+        text: "Show more"
+        color: root.ink
+        onClicked: root.shownLength += root.pieceLength
+    }
     Row {
         id: meta
         x: root.width - width - Theme.gap12
-        y: root.timeFitsBeside ? content.y + content.height - height : content.y + content.height + 2
+        y: root.timeFitsBeside ? content.y + content.height - height
+         : more.visible ? more.y + more.height : content.y + content.height + 2
         spacing: Theme.gap4
 
         PlainText {

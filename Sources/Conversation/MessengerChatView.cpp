@@ -11,6 +11,13 @@
 
 namespace orvane {
 
+namespace {
+
+// Nobody listens to more of one message in a list.
+constexpr int spokenLength = 2000;
+
+} // namespace
+
 MessengerChatView::MessengerChatView(const MessengerChat &openChat, const Contacts &knownContacts,
                                      const QString &userID, MessengerAPI &api, MessengerWebSocket &socket)
     : chat(openChat)
@@ -58,7 +65,7 @@ QString MessengerChatView::spokenMessage(const MessengerMessage &message) const 
     const bool own = message.senderID == currentUserID;
     const QString state = own ? rawText(message.deliveryStatus) : QStringLiteral("received");
     return QStringLiteral("%1, %2, %3, %4")
-        .arg(own ? QStringLiteral("You") : senderName(message.senderID), message.content,
+        .arg(own ? QStringLiteral("You") : senderName(message.senderID), message.content.left(spokenLength),
              message.timestamp.toLocalTime().toString(QStringLiteral("HH:mm")), state);
 }
 

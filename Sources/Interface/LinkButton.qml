@@ -5,6 +5,8 @@ import OrvaneTalk.Interface
 ActionButton {
     id: root
 
+    property color color: Theme.accent
+
     implicitHeight: 32
     implicitWidth: label.implicitWidth + 2 * Theme.gap8
     font: Theme.secondaryFont
@@ -18,7 +20,7 @@ ActionButton {
         font.family: root.font.family
         font.pixelSize: root.font.pixelSize
         font.underline: root.hovered
-        color: Theme.accent
+        color: root.color
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
     }

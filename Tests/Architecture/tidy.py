@@ -74,13 +74,19 @@ def main() -> int:
             due.append((path, key))
     (stamps / "compile_commands.json").write_text(json.dumps(database))
 
+    told: set[str] = set()
+
     def check(item: tuple[Path, str]) -> bool:
         path, key = item
         done = subprocess.run([TIDY, "--quiet", "-p", stamps, path], capture_output=True, text=True)
         if done.returncode == 0:
             (stamps / key).touch()
         else:
-            print(done.stdout, done.stderr, sep="\n", flush=True)
+            # A finding in a header comes with each file that includes it.
+            text = done.stdout.strip() or done.stderr
+            if text not in told:
+                told.add(text)
+                print(text, flush=True)
         return done.returncode == 0
 
     with concurrent.futures.ThreadPoolExecutor(int(os.environ.get("ORVANETALK_TIDY_JOBS", "2"))) as pool:

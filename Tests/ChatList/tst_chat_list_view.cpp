@@ -251,6 +251,10 @@ void TestChatListView::rowsReadNamePreviewAndCount() {
     screen.load();
     QCOMPARE(screen.list->spokenChat(screen.chat("new")), QStringLiteral("Team, b, 3 unread"));
     QCOMPARE(screen.list->spokenChat(screen.chat("old")), QStringLiteral("Ben, a"));
+    MessengerChat chat = screen.chat("old");
+    chat.lastMessage->content = QStringLiteral(" two\n\n lines ") + QString(10'000'000, u'x');
+    QVERIFY(screen.list->preview(chat).startsWith(QStringLiteral("two lines xxx")));
+    QVERIFY(screen.list->preview(chat).size() < 300);
 }
 
 void TestChatListView::loadingAgainKeepsOneSubscription() {

@@ -6,7 +6,7 @@ import unittest
 from harness.journey import Journey
 from harness.person import Person
 from harness.processes import eventually
-from harness.screen import LISTS, ROWS
+from harness.screen import ENTRIES, FOCUSED, LISTS, ROWS
 
 PASSWORD = "correct-horse-9"
 
@@ -61,12 +61,11 @@ class FirstMessage(Journey):
     def open_chat(self, person: Person, chat: str) -> None:
         row = person.screen.find(ROWS, f"{chat}(,.*)?")
         person.click(row)
-        person.screen.entry("Message...")
+        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
         self.assert_all_named(person, chat)
 
     def say(self, person: Person, text: str) -> None:
         """Writes where the cursor stands after a chat was opened, and presses Enter."""
-        person.click(person.screen.entry("Message..."))
         person.type(text)
         person.screen.button("Send")
         self.assert_all_named(person, "conversation with a text written")

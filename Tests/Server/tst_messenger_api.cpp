@@ -115,7 +115,7 @@ void TestMessengerApi::init() {
     m_signedIn = std::make_unique<SignedInSession>();
     m_signedIn->session.adoptDeviceId(QStringLiteral("dev_1"));
     m_signedIn->session.adoptSyncCursor(11);
-    m_api = std::make_unique<MessengerAPI>(m_server.base(), m_signedIn->session, 400);
+    m_api = std::make_unique<MessengerAPI>(m_server.base(), m_signedIn->session);
 }
 
 void TestMessengerApi::operationsGoOutAndComeBackExactly() {

@@ -89,7 +89,7 @@ void TestResultConventions::everyAnswerHasOneReading() {
     QFETCH(ScriptedAnswer, answer);
     ScriptedHttpServer server;
     SignedInSession signedIn;
-    HttpTransport http(server.base(), signedIn.session, 250);
+    HttpTransport http(server.base(), signedIn.session, answer.bytes ? 60'000 : 200);
     const auto ask = [&] {
         server.reset();
         server.answerNext(answer);

@@ -108,8 +108,7 @@ class Person:
 
     def save_evidence(self, folder: Path) -> None:
         """What the person saw and heard last."""
-        picture = folder / f"{self.name}.png"
-        subprocess.run(["import", "-window", "root", str(picture)], env=self.environment, timeout=30)
+        self.take_picture(folder / f"{self.name}.png")
         (folder / f"{self.name}.log").write_text(self.client_log())
         if self._screen:
             (folder / f"{self.name}.txt").write_text(self._screen.dump())

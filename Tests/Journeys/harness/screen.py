@@ -67,10 +67,6 @@ class Node:
     def shown(self) -> bool:
         return self.is_all(SHOWING, VISIBLE)
 
-    @property
-    def focused(self) -> bool:
-        return self.is_all(FOCUSED)
-
     def middle(self) -> tuple[int, int]:
         x, y, width, height = self._ask("Component", "GetExtents", SCREEN_COORDINATES)[0]
         if width <= 0 or height <= 0:

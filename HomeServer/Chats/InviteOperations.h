@@ -1,0 +1,10 @@
+#pragma once
+
+namespace orvane::homeserver {
+
+class Router;
+
+// Invitations into groups and channels.
+void addInvites(Router &router);
+
+} // namespace orvane::homeserver

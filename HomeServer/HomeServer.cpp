@@ -1,0 +1,196 @@
+#include "HomeServer/HomeServer.h"
+
+#include "HomeServer/Accounts/AccountOperations.h"
+#include "HomeServer/Accounts/Devices.h"
+#include "HomeServer/Accounts/Sessions.h"
+#include "HomeServer/Accounts/SignIn.h"
+#include "HomeServer/Ai/AiOperations.h"
+#include "HomeServer/Ai/ModelEndpoint.h"
+#include "HomeServer/Chats/ChatOperations.h"
+#include "HomeServer/Chats/ChatStore.h"
+#include "HomeServer/Chats/Events.h"
+#include "HomeServer/Chats/FolderOperations.h"
+#include "HomeServer/Chats/InviteOperations.h"
+#include "HomeServer/Chats/MessageActions.h"
+#include "HomeServer/Chats/MessageOperations.h"
+#include "HomeServer/Chats/PollVotes.h"
+#include "HomeServer/Chats/SearchOperations.h"
+#include "HomeServer/Events/EventHub.h"
+#include "HomeServer/Extensions/BotOperations.h"
+#include "HomeServer/Extensions/SkillOperations.h"
+#include "HomeServer/Federation/FederationOperations.h"
+#include "HomeServer/Federation/ServerName.h"
+#include "HomeServer/Files/FileOperations.h"
+#include "HomeServer/Files/FileStore.h"
+#include "HomeServer/Files/LostFiles.h"
+#include "HomeServer/Http/HttpFront.h"
+#include "HomeServer/Local/PresenceOperations.h"
+#include "HomeServer/Local/SignalRelay.h"
+#include "HomeServer/Operations/Dispatcher.h"
+#include "HomeServer/Operations/Idempotency.h"
+#include "HomeServer/People/ContactOperations.h"
+#include "HomeServer/People/ContactRequests.h"
+#include "HomeServer/People/KeyOperations.h"
+#include "HomeServer/Robots/RobotAccounts.h"
+#include "HomeServer/Robots/RobotRunner.h"
+#include "HomeServer/Security/LoginThrottle.h"
+#include "HomeServer/Store/Database.h"
+
+#include <QDir>
+#include <QNetworkAccessManager>
+#include <QThreadPool>
+
+namespace orvane::homeserver {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Router everyRoute() {
+    Router router;
+    addSignIn(router);
+    addAccount(router);
+    addDevices(router);
+    addContacts(router);
+    addContactRequests(router);
+    addKeys(router);
+    addChats(router);
+    addMessages(router);
+    addMessageActions(router);
+    addPollVotes(router);
+    addSearch(router);
+    addFolders(router);
+    addInvites(router);
+    addFiles(router);
+    addFederation(router);
+    addPresence(router);
+    addSignals(router);
+    addBots(router);
+    addSkills(router);
+    addAi(router);
+    return router;
+}
+
+QUrl urlOf(const QString &scheme, const QHostAddress &address, quint16 port) {
+    QUrl url;
+    url.setScheme(scheme);
+    url.setHost(address.toString());
+    url.setPort(port);
+    return url;
+}
+
+} // namespace
+
+// Everything that exists only between start() and stop(), in the order in which it needs each other.
+struct HomeServer::Running {
+    Running(const Options &options, FaultScript &faults)
+        : database(QDir(options.dataFolder).filePath(u"homeserver.sqlite"_s))
+        , events([this](const QByteArray &token) { return callerOf(services, token); }, options)
+        , robots(services)
+        , files(QDir(options.dataFolder).filePath(u"files"_s), options.maxStoredBytes)
+        , model(options.aiUrl, network)
+        , services{options,  database, events,
+                   throttle, robots,   files,
+                   network,  model,    [this] { return httpUrl().toString(); },
+                   workers}
+        , dispatcher(everyRoute(), services)
+        , http([this](const Request &request,
+                      const HttpFront::Finish &finish) { dispatcher.handle(request, finish); },
+               faults) {
+        workers.setMaxThreadCount(2);
+        Work work(services);
+        work.run([&] {
+            fixServerName(database);
+            createBuiltIns(work);
+            forgetOldKeys(database, services.now());
+            dropLostFiles(work);
+        });
+        QObject::connect(&events, &EventHub::frameReceived, &dispatcher, &Dispatcher::handleFrame);
+        QObject::connect(&events, &EventHub::presenceChanged, &dispatcher,
+                         [this](qint64 userId, bool online) {
+                             for (const qint64 other : acquaintances(database, userId))
+                                 events.send(other, statusEvent(userId, online));
+                         });
+    }
+
+    ~Running() {
+        http.close();
+        QObject::disconnect(&events, nullptr, nullptr, nullptr);
+        events.stop();
+        workers.waitForDone();
+    }
+
+    Q_DISABLE_COPY_MOVE(Running)
+
+    QUrl httpUrl() const { return urlOf(u"http"_s, services.options.address, http.port()); }
+
+    QThreadPool workers;
+    Database database;
+    LoginThrottle throttle;
+    EventHub events;
+    RobotRunner robots;
+    FileStore files;
+    QNetworkAccessManager network;
+    ModelEndpoint model;
+    Services services;
+    Dispatcher dispatcher;
+    HttpFront http;
+};
+
+HomeServer::HomeServer(Options options, QObject *parent)
+    : QObject(parent)
+    , m_options(std::move(options)) {}
+
+HomeServer::~HomeServer() {
+    stop();
+}
+
+bool HomeServer::start() {
+    stop();
+    try {
+        open();
+        return true;
+    } catch (const std::exception &fault) {
+        m_errorText = QString::fromUtf8(fault.what());
+        m_running.reset();
+        return false;
+    }
+}
+
+void HomeServer::open() {
+    if (!QDir().mkpath(m_options.dataFolder))
+        throw std::runtime_error("the data folder " + m_options.dataFolder.toStdString() + " can't be made");
+    m_running = std::make_unique<Running>(m_options, m_faults);
+    if (!m_running->http.listen(m_options.address, m_options.httpPort))
+        throw std::runtime_error("the port for requests: " + m_running->http.errorText().toStdString());
+    if (!m_running->events.listen(m_options.address, m_options.webSocketPort))
+        throw std::runtime_error("the port for events: " + m_running->events.errorText().toStdString());
+}
+
+void HomeServer::stop() {
+    m_running.reset();
+}
+
+QUrl HomeServer::httpUrl() const {
+    return m_running->httpUrl();
+}
+
+QUrl HomeServer::webSocketUrl() const {
+    QUrl url = urlOf(u"ws"_s, m_options.address, m_running->events.port());
+    url.setPath(u"/"_s);
+    return url;
+}
+
+void HomeServer::closeEventSockets(qint64 userId) {
+    m_running->events.close(userId);
+}
+
+void HomeServer::freezeEventSockets(qint64 userId) {
+    m_running->events.setFrozen(userId, true);
+}
+
+void HomeServer::thawEventSockets(qint64 userId) {
+    m_running->events.setFrozen(userId, false);
+}
+
+} // namespace orvane::homeserver

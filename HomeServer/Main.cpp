@@ -1,0 +1,78 @@
+#include "HomeServer/HomeServer.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <cstdio>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace orvane::homeserver;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+int signalSockets[2];
+
+// Only what is allowed in a signal handler: the event loop does the rest.
+void onSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t written = write(signalSockets[0], &byte, 1);
+}
+
+void quitOnSignals(QCoreApplication &application) {
+    if (socketpair(AF_UNIX, SOCK_STREAM, 0, signalSockets) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(signalSockets[1], QSocketNotifier::Read, &application);
+    QObject::connect(notifier, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
+    std::signal(SIGTERM, onSignal);
+    std::signal(SIGINT, onSignal);
+}
+
+int fail(const QString &reason) {
+    std::fprintf(stderr, "orvanetalk-homeserver: %s\n", qPrintable(reason));
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"orvanetalk-homeserver"_s);
+
+    const QCommandLineOption listen(u"listen"_s, u"Address to listen on."_s, u"address"_s, u"127.0.0.1"_s);
+    const QCommandLineOption httpPort(u"http-port"_s, u"Port for requests, 0 for a free one."_s, u"port"_s,
+                                      u"0"_s);
+    const QCommandLineOption wsPort(u"ws-port"_s, u"Port for events, 0 for a free one."_s, u"port"_s, u"0"_s);
+    const QCommandLineOption data(u"data"_s, u"Folder for the database and uploads."_s, u"folder"_s);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"A home server for OrvaneTalk"_s);
+    parser.addHelpOption();
+    parser.addOptions({listen, httpPort, wsPort, data});
+    parser.process(application);
+
+    Options options;
+    if (!options.address.setAddress(parser.value(listen)))
+        return fail(u"not an address: "_s + parser.value(listen));
+    bool httpOk = false;
+    bool wsOk = false;
+    options.httpPort = parser.value(httpPort).toUShort(&httpOk);
+    options.webSocketPort = parser.value(wsPort).toUShort(&wsOk);
+    if (!httpOk || !wsOk)
+        return fail(u"a port is a number from 0 to 65535"_s);
+    options.dataFolder = parser.value(data);
+    if (options.dataFolder.isEmpty())
+        return fail(u"--data FOLDER is needed"_s);
+    options.aiUrl = qEnvironmentVariable("ORVANE_AI_URL");
+
+    quitOnSignals(application);
+    HomeServer server(options);
+    if (!server.start())
+        return fail(server.errorText());
+    std::printf("listening http=%s ws=%s\n", qPrintable(server.httpUrl().toString()),
+                qPrintable(server.webSocketUrl().toString()));
+    std::fflush(stdout);
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "HomeServer/Operations/Router.h"
+
+#include <QObject>
+
+namespace orvane::homeserver {
+
+// Runs requests and frames: finds the row, checks the token and the acting user, reads the body, keeps one
+// transaction per request, and turns refusals and faults into answers.
+class Dispatcher : public QObject {
+    Q_OBJECT
+
+public:
+    using Finish = std::function<void(const Answer &)>;
+
+    Dispatcher(Router router, Services &services);
+
+    // Calls `finish` exactly once, now or later; never after this object is gone.
+    void handle(const Request &request, const Finish &finish);
+
+    // A frame of a type that nobody knows, or that is refused, is dropped.
+    void handleFrame(const Caller &caller, const QJsonObject &frame);
+
+    const Router &router() const { return m_router; }
+
+private:
+    void start(const Request &request, const Finish &finish);
+    void startSlow(const Route &route, const std::shared_ptr<Call> &call, const Finish &finish);
+
+    Router m_router;
+    Services &m_services;
+};
+
+} // namespace orvane::homeserver

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "HomeServer/Operations/Call.h"
+
+namespace orvane::homeserver {
+
+// Who may use a route.
+enum class Access {
+    Open,     // anybody
+    SignedIn, // whoever has a valid token
+};
+
+// One row of the interface: a method, a path whose segments in braces match anything, and what it does.
+struct Route {
+    QByteArray method;
+    QStringList pattern;
+    Access access = Access::SignedIn;
+    Operation operation;
+    SlowOperation slowOperation; // instead of the above
+};
+
+// The tables of the interface. Paths that begin with "/" are complete; others stand under
+// "/api/messenger/".
+class Router {
+public:
+    struct Match {
+        const Route *route = nullptr; // null: no such path, or no such method on it
+        bool pathKnown = false;
+        QHash<QString, QString> parts;
+    };
+
+    void add(const char *method, const char *path, Operation operation, Access access = Access::SignedIn);
+    void addSlow(const char *method, const char *path, SlowOperation operation,
+                 Access access = Access::SignedIn);
+    // What a frame of this type from an event socket does; its answer goes nowhere.
+    void addFrame(const char *type, const Operation &operation);
+
+    // The earliest row that fits.
+    Match find(const QByteArray &method, const QStringList &segments) const;
+    const Operation *frame(const QString &type) const;
+
+    const QList<Route> &routes() const { return m_routes; }
+
+private:
+    QList<Route> m_routes;
+    QHash<QString, Operation> m_frames;
+};
+
+} // namespace orvane::homeserver

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QtGlobal>
+
+namespace orvane::homeserver {
+
+class Database;
+class Work;
+
+constexpr auto echoName = "bot_echo";
+constexpr auto assistantName = "ai_orvanetalk";
+
+// Names that only the server gives: those of robots, and those that look like one.
+bool isReservedName(const QString &username);
+
+// Makes the accounts of the robots and the Lobby where they are missing.
+void createBuiltIns(Work &work);
+
+// The robots everybody has a direct chat with.
+QList<qint64> builtInRobots(Database &database);
+
+} // namespace orvane::homeserver
