@@ -22,6 +22,8 @@ EventSocket::EventSocket(std::unique_ptr<QWebSocket> socket, Authenticate authen
     : m_socket(std::move(socket))
     , m_authenticate(std::move(authenticate))
     , m_limits(limits) {
+    // A message cut into frames is cut at any byte, and its reader refuses half a character.
+    m_socket->setOutgoingFrameSize(QWebSocket::maxOutgoingFrameSize());
     m_socket->setMaxAllowedIncomingFrameSize(maxFrameBytes);
     m_socket->setMaxAllowedIncomingMessageSize(maxFrameBytes);
     connect(m_socket.get(), &QWebSocket::textMessageReceived, this, &EventSocket::receive);

@@ -146,7 +146,9 @@ void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
     const auto raw = json::object(event, u"message");
     const auto content = raw ? json::text(*raw, u"content") : std::nullopt;
     const auto senderID = raw ? json::text(*raw, u"sender_id") : std::nullopt;
-    const int row = chatID && content && senderID ? chats.rowOf(*chatID) : -1;
+    if (!chatID || !raw || !content || !senderID)
+        return;
+    const int row = chats.rowOf(*chatID);
     if (row < 0)
         return;
     MessengerMessage last;

@@ -18,8 +18,8 @@ ListView {
     boundsBehavior: Flickable.StopAtBounds
     // A page of history is small; keeping it whole makes its height exact and its scrolling steady.
     cacheBuffer: 100000
-    topMargin: Math.max(Theme.gap16, height - contentHeight - Theme.gap8)
-    bottomMargin: Theme.gap8
+    topMargin: Math.max(Theme.gap16, height - contentHeight)
+    footer: Item { height: Theme.gap8 }
     Accessible.role: Accessible.List
     Accessible.name: "Messages"
 

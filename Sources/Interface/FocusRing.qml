@@ -1,13 +1,14 @@
 import QtQuick
+import QtQuick.Templates as T
 import OrvaneTalk.Interface
 
 // Drawn around a control that holds the keyboard's focus.
 Rectangle {
-    required property Item control
+    required property T.Control control
 
     anchors.fill: parent
     anchors.margins: -2
-    visible: control.activeFocus && (control["visualFocus"] ?? true)
+    visible: control.visualFocus
     color: "transparent"
     radius: Theme.controlRadius + 2
     border.width: 2

@@ -18,15 +18,15 @@ MessengerUser user(const QString &id, const QString &displayName, bool isAI) {
 }
 
 struct Sample {
-    const char *id;
-    ChatType type;
-    const char *title;
+    const char *id = nullptr;
+    const char *title = nullptr;
     QStringList participants;
-    qint64 unreadCount;
-    const char *senderID;
-    MessageType messageType;
-    const char *content;
-    qint64 ageSeconds;
+    qint64 unreadCount = 0;
+    const char *senderID = nullptr;
+    const char *content = nullptr;
+    qint64 ageSeconds = 0;
+    ChatType type{};
+    MessageType messageType{};
 };
 
 MessengerChat chat(const Sample &sample, const QDateTime &now) {
@@ -74,33 +74,33 @@ const QList<MessengerChat> &sampleChats() {
         const QStringList team{me, QStringLiteral("u2"), QStringLiteral("u3"), QStringLiteral("u4")};
         const Sample samples[] = {
             {"c1",
-             ChatType::direct,
              "Maria",
              {me, QStringLiteral("u1")},
              2,
              "u1",
-             MessageType::text,
              "Docs ready",
-             120},
-            {"c2", ChatType::group, "Dev Team", team, 0, "u4", MessageType::text, "Deploy done", 600},
-            {"c3",
+             120,
              ChatType::direct,
+             MessageType::text},
+            {"c2", "Dev Team", team, 0, "u4", "Deploy done", 600, ChatType::group, MessageType::text},
+            {"c3",
              nullptr,
              {me, assistant},
              1,
              assistantId,
-             MessageType::aiResponse,
              "Analyzed your chats today.",
-             60},
-            {"c4",
+             60,
              ChatType::direct,
+             MessageType::aiResponse},
+            {"c4",
              nullptr,
              {me, QStringLiteral("u5")},
              0,
              "me",
-             MessageType::text,
              "Text me when back",
-             7200},
+             7200,
+             ChatType::direct,
+             MessageType::text},
         };
         QList<MessengerChat> result;
         for (const Sample &sample : samples)

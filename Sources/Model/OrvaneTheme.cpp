@@ -5,19 +5,19 @@ namespace orvane {
 namespace {
 
 struct Row {
-    OrvaneTheme theme;
     QLatin1String rawValue;
     ThemeColour background;
     ThemeColour accent;
-    bool light;
+    OrvaneTheme theme{};
+    bool light = false;
 };
 
 // In the order of the enumeration, so that a theme is its own index.
 constexpr Row rows[] = {
-    {OrvaneTheme::orvane, QLatin1String("OrvaneTalk"), {0.05, 0.07, 0.06}, {0.0, 0.9, 0.6}, false},
-    {OrvaneTheme::midnight, QLatin1String("Midnight"), {0.08, 0.08, 0.15}, {0.49, 0.55, 1.0}, false},
-    {OrvaneTheme::dracula, QLatin1String("Dracula"), {0.16, 0.16, 0.21}, {0.74, 0.58, 0.98}, false},
-    {OrvaneTheme::nous, QLatin1String("Nous"), {0.97, 0.97, 0.98}, {0.04, 0.45, 0.33}, true},
+    {QLatin1String("OrvaneTalk"), {0.05, 0.07, 0.06}, {0.0, 0.9, 0.6}, OrvaneTheme::orvane, false},
+    {QLatin1String("Midnight"), {0.08, 0.08, 0.15}, {0.49, 0.55, 1.0}, OrvaneTheme::midnight, false},
+    {QLatin1String("Dracula"), {0.16, 0.16, 0.21}, {0.74, 0.58, 0.98}, OrvaneTheme::dracula, false},
+    {QLatin1String("Nous"), {0.97, 0.97, 0.98}, {0.04, 0.45, 0.33}, OrvaneTheme::nous, true},
 };
 
 const Row &row(OrvaneTheme theme) {

@@ -12,9 +12,9 @@ enum class OrvaneTheme { orvane, midnight, dracula, nous };
 
 /// sRGB, each component from 0 to 1.
 struct ThemeColour {
-    double red;
-    double green;
-    double blue;
+    double red = 0;
+    double green = 0;
+    double blue = 0;
 
     bool operator==(const ThemeColour &) const = default;
 };

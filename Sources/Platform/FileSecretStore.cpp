@@ -26,6 +26,9 @@ qint32 FileSecretStore::add(const QString &service, const QString &account, cons
                             const QByteArray &data) {
     std::optional<QJsonObject> items = read();
     if (!items) {
+        // A file that can't even be opened may be whole.
+        if (QFileInfo(m_path).isFile() && !QFile(m_path).open(QIODevice::ReadOnly))
+            return SecretStatus::notWritten;
         QFile::remove(m_path + QStringLiteral(".damaged"));
         if (!QFile::rename(m_path, m_path + QStringLiteral(".damaged")))
             return SecretStatus::notWritten;

@@ -37,7 +37,7 @@ using Value = std::unique_ptr<SecretValue, UnrefValue>;
 // The bus says in several ways that there is nobody to ask.
 qint32 statusOf(const GError &error) {
     const bool nobody =
-        error.domain == g_io_error_quark() ||
+        error.domain == g_io_error_quark() || error.domain == g_spawn_error_quark() ||
         (error.domain == g_dbus_error_quark() &&
          (error.code == G_DBUS_ERROR_SERVICE_UNKNOWN || error.code == G_DBUS_ERROR_NAME_HAS_NO_OWNER ||
           error.code == G_DBUS_ERROR_NO_SERVER || error.code == G_DBUS_ERROR_SPAWN_SERVICE_NOT_FOUND ||

@@ -48,6 +48,11 @@ struct Window : ClientParts {
     QQuickItem *item(const char *property, const QVariant &value) {
         return find(view.rootObject(), property, value);
     }
+    void type(const char *letters) {
+        for (; *letters; ++letters)
+            QTest::keyClick(&view, *letters);
+    }
+
     QQuickItem *input() { return item("placeholderText", "Message..."); }
 };
 
@@ -74,10 +79,10 @@ void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
     // Opening a chat leaves the cursor in its input.
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
     QVERIFY(!window.item("text", "Send"));
-    QTest::keyClicks(&window.view, "one");
+    window.type("one");
     QVERIFY(window.item("text", "Send"));
     QTest::keyClick(&window.view, Qt::Key_Return, Qt::ShiftModifier);
-    QTest::keyClicks(&window.view, "two");
+    window.type("two");
     QTest::keyClick(&window.view, Qt::Key_Return);
     QCOMPARE(window.screen->messages.count(), 1);
     QCOMPARE(window.screen->messages.at(0).content, "one\ntwo");
