@@ -56,7 +56,11 @@ MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, QObjec
     QObject::connect(&reconnectTimer, &QTimer::timeout, this, &MessengerWebSocket::reconnect);
 }
 
-MessengerWebSocket::~MessengerWebSocket() = default;
+MessengerWebSocket::~MessengerWebSocket() {
+    // Closing sockets report to this object, which is half gone when its children go.
+    for (QObject *connection : children())
+        static_cast<Connection *>(connection)->socket.disconnect();
+}
 
 MessengerWebSocket &MessengerWebSocket::shared() {
     static auto *socket = new MessengerWebSocket(OrvaneTalkEndpoint::webSocketURL(), Timing{});

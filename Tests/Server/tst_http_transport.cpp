@@ -188,8 +188,6 @@ void TestHttpTransport::brokenAnswersAreTransportErrors_data() {
     QTest::newRow("closed before the body")
         << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n") << close;
     QTest::newRow("another protocol") << QByteArray("220 mail.example.org ESMTP\r\n") << close;
-    QTest::newRow("closed in the body of a refusal")
-        << QByteArray("HTTP/1.1 500 No\r\nContent-Length: 9\r\n\r\n{}") << close;
 }
 
 void TestHttpTransport::brokenAnswersAreTransportErrors() {
