@@ -2,18 +2,32 @@
 #include "Interface/SymbolImages.h"
 
 #include <QGuiApplication>
-#include <QIcon>
 #include <QQmlApplicationEngine>
 
-int main(int argc, char *argv[]) {
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.orvanetalk.OrvaneTalk"));
-    QGuiApplication::setApplicationName(QStringLiteral("OrvaneTalk"));
-    // Images here are a few small symbols: the smallest texture atlas holds them all, a window-sized one
-    // wastes memory.
+#if __has_include(<malloc.h>)
+#include <malloc.h>
+#endif
+
+namespace {
+
+void keepMemorySmall() {
+#ifdef M_ARENA_MAX
+    // Few threads allocate here, and seldom at once: a heap for each core would only hold free memory.
+    mallopt(M_ARENA_MAX, 2);
+#endif
+    // Images here are a few small symbols: the smallest texture atlas holds them all.
     for (const char *side : {"QSG_ATLAS_WIDTH", "QSG_ATLAS_HEIGHT"}) {
         if (!qEnvironmentVariableIsSet(side))
             qputenv(side, "512");
     }
+}
+
+} // namespace
+
+int main(int argc, char *argv[]) {
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.orvanetalk.OrvaneTalk"));
+    QGuiApplication::setApplicationName(QStringLiteral("OrvaneTalk"));
+    keepMemorySmall();
     const QGuiApplication application(argc, argv);
 
     orvane::OrvaneTalkApp app;
