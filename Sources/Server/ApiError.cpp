@@ -3,8 +3,9 @@
 namespace orvane {
 
 ApiError::ApiError(const QString &domain, qint64 code, const std::optional<QString> &description)
-    : DescribedError(description.value_or(
-          QStringLiteral("The operation couldn’t be completed. (%1 error %2.)").arg(domain).arg(code)))
+    : DescribedError(
+          description.value_or(QStringLiteral("The operation couldn’t be completed. (%1 error %2.)")
+                                   .arg(domain, QString::number(code))))
     , m_domain(domain)
     , m_code(code) {}
 

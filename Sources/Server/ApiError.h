@@ -27,6 +27,11 @@ class TransportError : public DescribedError {
     using DescribedError::DescribedError;
 };
 
+/// A file of this machine can't be read.
+class FileError : public DescribedError {
+    using DescribedError::DescribedError;
+};
+
 /// An answer without the one key that the operation exists for.
 class MessengerAPIError : public DescribedError {
 public:

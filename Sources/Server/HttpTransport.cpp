@@ -3,6 +3,7 @@
 #include "Base/Json.h"
 #include "Server/ApiError.h"
 #include "Server/HttpAnswer.h"
+#include "Server/MultipartBody.h"
 
 namespace orvane {
 
@@ -15,6 +16,11 @@ QCoro::Task<QByteArray> bodyOf(QNetworkReply *reply) {
     if (answer.status >= 400)
         throw ApiError::api(answer.status);
     co_return answer.body;
+}
+
+void addHeaders(QNetworkRequest &request, const HttpTransport::Headers &headers) {
+    for (auto header = headers.cbegin(); header != headers.cend(); ++header)
+        request.setRawHeader(header.key().toUtf8(), header.value().toUtf8());
 }
 
 } // namespace
@@ -31,8 +37,7 @@ QCoro::Task<QByteArray> HttpTransport::get(const QString &path) {
 QCoro::Task<QByteArray> HttpTransport::post(const QString &path, const QJsonObject &body,
                                             const Headers &additionalHeaders) {
     QNetworkRequest prepared = jsonRequest(path);
-    for (auto header = additionalHeaders.cbegin(); header != additionalHeaders.cend(); ++header)
-        prepared.setRawHeader(header.key().toUtf8(), header.value().toUtf8());
+    addHeaders(prepared, additionalHeaders);
     return bodyOf(sharedNetwork().post(prepared, json::compact(body)));
 }
 
@@ -44,13 +49,21 @@ QCoro::Task<QByteArray> HttpTransport::del(const QString &path, const QJsonObjec
     return bodyOf(sharedNetwork().sendCustomRequest(jsonRequest(path), "DELETE", json::compact(body)));
 }
 
-QNetworkRequest HttpTransport::request(const QString &path) const {
+QCoro::Task<QByteArray> HttpTransport::upload(const QString &path, const MultipartBody &body,
+                                              Authorisation authorisation, const Headers &additionalHeaders) {
+    QNetworkRequest prepared = request(path, authorisation);
+    prepared.setHeader(QNetworkRequest::ContentTypeHeader, body.contentType());
+    addHeaders(prepared, additionalHeaders);
+    return bodyOf(sharedNetwork().post(prepared, body.bytes()));
+}
+
+QNetworkRequest HttpTransport::request(const QString &path, Authorisation authorisation) const {
     const QUrl url(m_base + path, QUrl::StrictMode);
     if (!url.isValid())
         qFatal("\"%s%s\" is no URL: check ORVANETALK_API_BASE.", qUtf8Printable(m_base),
                qUtf8Printable(path));
     QNetworkRequest prepared = httpRequest(url, m_timeoutMs);
-    if (m_session.token)
+    if (m_session.token && authorisation == Authorisation::token)
         prepared.setRawHeader("Authorization", "Bearer " + m_session.token->toUtf8());
     return prepared;
 }

@@ -12,6 +12,8 @@
 
 namespace orvane {
 
+struct MultipartBody;
+
 /// The four primitives that every operation of MessengerAPI is made of. Main thread.
 ///
 /// Each sends one request to `base` + `path` with the session's token of that moment and gives the body of
@@ -31,10 +33,16 @@ public:
     QCoro::Task<QByteArray> del(const QString &path, const QJsonObject &body);
 
 protected:
+    enum class Authorisation { token, none };
+
     MessengerSession &session() { return m_session; }
 
+    /// A POST like the primitives'.
+    QCoro::Task<QByteArray> upload(const QString &path, const MultipartBody &body,
+                                   Authorisation authorisation, const Headers &additionalHeaders = {});
+
 private:
-    QNetworkRequest request(const QString &path) const;
+    QNetworkRequest request(const QString &path, Authorisation authorisation = Authorisation::token) const;
     QNetworkRequest jsonRequest(const QString &path) const;
 
     QString m_base;
