@@ -16,7 +16,7 @@ constexpr double latest = 253402300799.0;
 
 QDateTime fromUnixSeconds(double seconds) {
     const double bounded = std::isnan(seconds) ? 0.0 : std::clamp(seconds, earliest, latest);
-    return QDateTime::fromMSecsSinceEpoch(std::llround(bounded * 1000.0));
+    return QDateTime::fromMSecsSinceEpoch(std::llround(bounded * 1000.0), Qt::UTC);
 }
 
 double toUnixSeconds(const QDateTime &time) {
