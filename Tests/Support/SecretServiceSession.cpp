@@ -1,7 +1,5 @@
 #include "Support/SecretServiceSession.h"
 
-#include <QFile>
-
 #include <libsecret/secret.h>
 
 #include <csignal>
@@ -9,22 +7,6 @@
 namespace orvane {
 
 namespace {
-
-// No service folders: nothing is ever activated on this bus, least of all with the person's own keyring.
-constexpr char busConfiguration[] =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:dir=%1</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
 
 bool hasOwner(GDBusConnection *bus) {
     GVariant *answer = g_dbus_connection_call_sync(
@@ -43,23 +25,11 @@ bool hasOwner(GDBusConnection *bus) {
 
 SecretServiceSession::~SecretServiceSession() {
     killDaemon();
-    killBus();
 }
 
 bool SecretServiceSession::start() {
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    QFile configuration(runtime + QStringLiteral("/bus.conf"));
-    if (!configuration.open(QIODevice::WriteOnly))
+    if (!m_bus.start())
         return false;
-    configuration.write(QString::fromLatin1(busConfiguration).arg(runtime).toUtf8());
-    configuration.close();
-
-    m_bus.start(QStringLiteral("dbus-daemon"),
-                {QStringLiteral("--config-file=") + configuration.fileName(), QStringLiteral("--nofork"),
-                 QStringLiteral("--print-address")});
-    if (!m_bus.waitForReadyRead(10'000))
-        return false;
-    qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.readAllStandardOutput().trimmed());
     // A process that loses its session bus ends by default; this one ends its bus itself.
     GDBusConnection *bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
     if (!bus)
@@ -105,13 +75,6 @@ void SecretServiceSession::lock() {
     secret_service_lock_sync(service, objects, nullptr, nullptr, nullptr);
     g_list_free_full(objects, g_object_unref);
     g_object_unref(service);
-}
-
-void SecretServiceSession::killBus() {
-    if (m_bus.state() == QProcess::NotRunning)
-        return;
-    m_bus.kill();
-    m_bus.waitForFinished();
 }
 
 QString SecretServiceSession::labelOf(const QString &service, const QString &account) const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/SessionBus.h"
+
 #include <QProcess>
 #include <QString>
 
@@ -20,12 +22,12 @@ public:
     void killDaemon();
     /// Locks the keyring that new items go to.
     void lock();
-    void killBus();
+    void killBus() { m_bus.kill(); }
     /// The label of the item with these attributes, as other programs see it; null when there is none.
     QString labelOf(const QString &service, const QString &account) const;
 
 private:
-    QProcess m_bus;
+    SessionBus m_bus;
     QProcess m_daemon;
 };
 

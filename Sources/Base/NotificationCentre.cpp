@@ -1,0 +1,10 @@
+#include "Base/NotificationCentre.h"
+
+namespace orvane {
+
+NotificationCentre &NotificationCentre::shared() {
+    static auto *centre = new NotificationCentre;
+    return *centre;
+}
+
+} // namespace orvane
