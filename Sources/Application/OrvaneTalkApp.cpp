@@ -1,5 +1,7 @@
 #include "Application/OrvaneTalkApp.h"
 
+#include "Base/MakeScreen.h"
+#include "Platform/UnifiedPush.h"
 #include "Session/OrvaneTalkEndpoint.h"
 
 #include <algorithm>
@@ -13,13 +15,6 @@ const auto listWidthKey = QStringLiteral("window/list_width");
 constexpr int narrowest = 260;
 constexpr int usual = 320;
 constexpr int widest = 420;
-
-// Screens are QObjects that QML still looks at while they are replaced, so they die by the event loop.
-template <typename Screen, typename... Arguments>
-std::shared_ptr<Screen> makeScreen(Arguments &&...arguments) {
-    return std::shared_ptr<Screen>(new Screen(std::forward<Arguments>(arguments)...),
-                                   [](Screen *screen) { screen->deleteLater(); });
-}
 
 } // namespace
 
@@ -43,12 +38,20 @@ void OrvaneTalkApp::setListWidth(int width) {
     Q_EMIT listWidthChanged();
 }
 
+void OrvaneTalkApp::finishLaunching() {
+    m_push = std::make_unique<UnifiedPush>();
+    m_delegate = std::make_unique<AppDelegate>(*m_push, m_session);
+    m_delegate->applicationDidFinishLaunching();
+}
+
 void OrvaneTalkApp::switchRoot() {
     // Whatever goes away lives until everybody has been told.
     const std::shared_ptr<AuthView> closingForm = std::move(m_auth);
     const std::shared_ptr<MessengerChatListView> closingList = std::move(m_chatList);
     if (m_session.isLoggedIn)
-        m_chatList = makeScreen<MessengerChatListView>(m_session);
+        m_chatList = makeScreen<MessengerChatListView>(
+            MessengerChatListView::Parts{m_session, MessengerAPI::shared(), MessengerWebSocket::shared(),
+                                         &ChatNotificationBridge::shared, nullptr});
     else
         m_auth = makeScreen<AuthView>(m_session, MessengerAPI::shared(), OrvaneTalkEndpoint::baseURL());
     Q_EMIT rootChanged();

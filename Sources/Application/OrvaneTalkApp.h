@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Application/AppDelegate.h"
 #include "Application/AuthView.h"
 #include "ChatList/MessengerChatListView.h"
 
@@ -30,6 +31,9 @@ public:
     int listWidth() const { return m_listWidth; }
     void setListWidth(int width);
 
+    /// What can wait until the first frame is there. Once.
+    void finishLaunching();
+
 Q_SIGNALS:
     void rootChanged();
     void listWidthChanged();
@@ -39,6 +43,8 @@ private:
 
     MessengerSession &m_session;
     UserDefaults m_defaults;
+    std::unique_ptr<RemoteNotifications> m_push;
+    std::unique_ptr<AppDelegate> m_delegate;
     int m_listWidth;
     /// Dragging changes the width many times a second; the disk hears of the last one.
     QTimer m_saveListWidth;

@@ -3,6 +3,7 @@
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 
 #if __has_include(<malloc.h>)
 #include <malloc.h>
@@ -39,5 +40,10 @@ int main(int argc, char *argv[]) {
         &engine, &QQmlApplicationEngine::objectCreationFailed, &application,
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     engine.load(QStringLiteral("qrc:/OrvaneTalk/Application/MainWindow.qml"));
+    for (QObject *root : engine.rootObjects()) {
+        if (const auto *window = qobject_cast<QQuickWindow *>(root))
+            QObject::connect(window, &QQuickWindow::frameSwapped, &app,
+                             &orvane::OrvaneTalkApp::finishLaunching, Qt::SingleShotConnection);
+    }
     return QGuiApplication::exec();
 }

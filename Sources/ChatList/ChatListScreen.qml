@@ -11,7 +11,7 @@ FocusScope {
     /// Remembered by the window.
     property int listWidth: 320
 
-    Component.onCompleted: screen.loadData()
+    Component.onCompleted: screen.appear()
 
     ChatSidebar {
         id: sidebar
@@ -45,6 +45,61 @@ FocusScope {
         sourceComponent: ChatScreen {
             focus: true
             screen: root.screen.openChat
+        }
+    }
+
+    SheetLoader {
+        shown: root.screen.newGroup.showNewGroup
+        sourceComponent: NewGroupSheet {
+            screen: root.screen
+            onClosed: root.screen.newGroup.showNewGroup = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.channels.showNewChannel
+        sourceComponent: NewChannelSheet {
+            channels: root.screen.channels
+            onClosed: root.screen.channels.showNewChannel = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.folders.showNewFolderAlert
+        sourceComponent: NewFolderSheet {
+            folders: root.screen.folders
+            onClosed: root.screen.folders.showNewFolderAlert = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.showStarred
+        sourceComponent: StarredSheet {
+            starred: root.screen.starredMessages()
+            onClosed: root.screen.showStarred = false
+        }
+    }
+
+    Shortcut {
+        sequence: "Ctrl+K"
+        onActivated: sidebar.focusSearch()
+    }
+    Shortcut {
+        sequence: "Alt+Up"
+        onActivated: root.screen.openNeighbour(-1)
+    }
+    Shortcut {
+        sequence: "Alt+Down"
+        onActivated: root.screen.openNeighbour(1)
+    }
+    Repeater {
+        model: 9
+        delegate: Item {
+            id: place
+
+            required property int index
+
+            Shortcut {
+                sequence: "Ctrl+" + (place.index + 1)
+                onActivated: root.screen.openRow(place.index)
+            }
         }
     }
 }

@@ -12,7 +12,10 @@ Item {
     required property MessengerChatListView screen
 
     readonly property bool isOpen: screen.selectedChatID === record.id
-    readonly property bool current: ListView.isCurrentItem && ListView.view.activeFocus
+    readonly property bool pinned: {
+        void screen.pinsRevision;
+        return screen.isPinned(record.id);
+    }
     readonly property string peer: screen.peerId(record)
     readonly property string name: {
         void screen.contactsRevision;
@@ -29,7 +32,25 @@ Item {
         screen.selectedChatID = record.id;
     }
 
+    function openMenu(x, y) {
+        ListView.view.currentIndex = index;
+        forceActiveFocus();
+        menu.active = true;
+        (menu.item as ChatRowMenu).popup(root, x, y);
+    }
+
     height: Theme.rowHeight
+    ListView.onReused: menu.active = false
+    Keys.onReturnPressed: open()
+    Keys.onEnterPressed: open()
+    Keys.onSpacePressed: open()
+    Keys.onMenuPressed: openMenu(Theme.rowHeight, Theme.rowHeight / 2)
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier) {
+            openMenu(Theme.rowHeight, Theme.rowHeight / 2);
+            event.accepted = true;
+        }
+    }
     Accessible.role: Accessible.ListItem
     Accessible.name: {
         void screen.contactsRevision;
@@ -43,13 +64,26 @@ Item {
         anchors { fill: parent; leftMargin: Theme.gap8; rightMargin: Theme.gap8; topMargin: 1; bottomMargin: 1 }
         radius: Theme.controlRadius
         color: root.isOpen ? Theme.selection : tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
-        border { width: root.current ? 2 : 0; color: Theme.accent }
+        border { width: root.activeFocus ? 2 : 0; color: Theme.accent }
         Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
     }
     HoverHandler { id: hover }
     TapHandler {
         id: tap
         onTapped: root.open()
+    }
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+        onTapped: point => root.openMenu(point.position.x, point.position.y)
+    }
+    Loader {
+        id: menu
+        active: false
+        sourceComponent: ChatRowMenu {
+            screen: root.screen
+            chatID: root.record.id
+            pinned: root.pinned
+        }
     }
     Avatar {
         id: avatar

@@ -3,11 +3,16 @@ import QtQuick.Templates as T
 import OrvaneTalk.ChatList
 import OrvaneTalk.Interface
 
-// Everything to the left of the open chat.
+// Everything to the left of the open chat. All its rows, fixed ones and chats, are walked as one list.
 FocusScope {
     id: root
 
     required property MessengerChatListView screen
+
+    function focusSearch() {
+        search.forceActiveFocus();
+        search.selectAll();
+    }
 
     Rectangle {
         anchors.fill: parent
@@ -16,7 +21,7 @@ FocusScope {
     Item {
         id: header
         anchors { left: parent.left; right: parent.right; top: parent.top }
-        height: Theme.rowHeight
+        height: 56
 
         PlainText {
             anchors {
@@ -29,43 +34,95 @@ FocusScope {
             Accessible.role: Accessible.Heading
             Accessible.name: text
         }
-        Rectangle {
-            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
-            height: 1
-            color: Theme.divider
+    }
+    SearchField {
+        id: search
+        anchors {
+            left: parent.left; leftMargin: Theme.gap16
+            right: parent.right; rightMargin: Theme.gap16
+            top: header.bottom
         }
+        placeholderText: "Search..."
+        text: root.screen.searchText
+        onTextEdited: root.screen.searchText = text
+        Keys.onDownPressed: list.walk(0, -1)
+    }
+    FolderBar {
+        id: folderBar
+        anchors { left: parent.left; right: parent.right; top: search.bottom; topMargin: Theme.gap4 }
+        folders: root.screen.folders
     }
     ListView {
         id: list
-        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
-        model: root.screen.chats
+
+        readonly property FixedRows fixedRows: headerItem as FixedRows
+
+        /// Goes `step` rows on from the row that has the focus; `from` tells another row to count from.
+        function walk(step, from) {
+            const fixed = fixedRows.rows();
+            const focused = fixed.findIndex(row => row.activeFocus);
+            const here = from !== undefined ? from + 1 : focused >= 0 ? focused : fixed.length + currentIndex;
+            const there = Math.max(0, Math.min(here + step, fixed.length + count - 1));
+            if (there < fixed.length) {
+                positionViewAtBeginning();
+                fixed[there].forceActiveFocus();
+            } else {
+                currentIndex = there - fixed.length;
+                positionViewAtIndex(currentIndex, ListView.Contain);
+                currentItem?.forceActiveFocus();
+            }
+        }
+
+        anchors { left: parent.left; right: parent.right; top: folderBar.bottom; bottom: footer.top }
+        model: root.screen.sortedChats
         clip: true
         focus: true
         activeFocusOnTab: true
-        keyNavigationEnabled: true
         boundsBehavior: Flickable.StopAtBounds
         reuseItems: true
         Accessible.role: Accessible.List
         Accessible.name: "Chats"
-
         T.ScrollBar.vertical: ScrollThumb {}
 
-        Keys.onReturnPressed: open()
-        Keys.onEnterPressed: open()
-        Keys.onSpacePressed: open()
+        Keys.onUpPressed: walk(-1)
+        Keys.onDownPressed: walk(1)
 
-        function open() {
-            if (currentItem)
-                (currentItem as ChatRow).open();
+        header: FixedRows {
+            width: list.width
+            screen: root.screen
         }
-
         delegate: ChatRow {
             width: list.width
             screen: root.screen
         }
     }
     Spinner {
-        anchors.centerIn: list
+        anchors.horizontalCenter: list.horizontalCenter
+        anchors.bottom: list.bottom
+        anchors.bottomMargin: Theme.gap32
         running: root.screen.isLoading && list.count === 0
+    }
+    Item {
+        id: footer
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: 52
+
+        Rectangle {
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+            height: 1
+            color: Theme.divider
+        }
+        SymbolButton {
+            anchors { right: parent.right; rightMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
+            symbol: "person.3.fill"
+            text: "New Group"
+            onClicked: root.screen.newGroup.showNewGroup = true
+        }
+        SymbolButton {
+            anchors { left: parent.left; leftMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
+            symbol: "megaphone.fill"
+            text: "New Channel"
+            onClicked: root.screen.channels.showNewChannel = true
+        }
     }
 }

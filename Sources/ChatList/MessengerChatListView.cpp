@@ -2,11 +2,15 @@
 
 #include "Base/FreshId.h"
 #include "Base/Json.h"
+#include "Base/MakeScreen.h"
+#include "Base/NotificationCentre.h"
 #include "Base/Task.h"
-#include "ChatList/ChatOrder.h"
+#include "ChatList/ChatAnswer.h"
+#include "ChatList/NameOf.h"
 #include "Model/MessengerMock.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane {
 
@@ -14,6 +18,7 @@ namespace {
 
 // More than fits into the widest row, and little enough to lay out at once.
 constexpr int previewLength = 200;
+constexpr qint64 highestBadge = 99;
 
 MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     MessengerUser user;
@@ -25,32 +30,123 @@ MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     return user;
 }
 
+MessengerMessage lastMessageOf(const QJsonObject &raw, const QString &chatID, const QString &senderID,
+                               const QString &content) {
+    MessengerMessage last;
+    last.id = json::text(raw, u"id").value_or(QString());
+    if (last.id.isEmpty())
+        last.id = freshId();
+    last.chatID = chatID;
+    last.senderID = senderID;
+    last.content = content;
+    last.timestamp = QDateTime::currentDateTimeUtc();
+    last.deliveryStatus = DeliveryStatus::sent;
+    return last;
+}
+
 } // namespace
 
-MessengerChatListView::MessengerChatListView(MessengerSession &session, MessengerAPI &api,
-                                             MessengerWebSocket &socket)
-    : m_session(session)
-    , m_api(api)
-    , m_socket(socket)
-    , m_selection(selectedChatID.addNotifier([this] { openSelectedChat(); })) {}
+MessengerChatListView::MessengerChatListView(const Parts &parts)
+    : m_parts(parts)
+    , m_search(makeScreen<MessageSearch>(parts.session, parts.api, contacts))
+    , m_newGroup(makeScreen<NewGroup>(parts.session, parts.api, parts.encryption))
+    , m_channels(makeScreen<Channels>(parts.session, parts.api))
+    , m_folders(makeScreen<Folders>(parts.api))
+    , m_selection(selectedChatID.addNotifier([this] { openSelectedChat(); }))
+    , m_searchText(searchText.addNotifier([this] {
+        filterChats();
+        m_search->searchMessages(searchText);
+    })) {
+    connect(m_folders.get(), &Folders::activeChanged, this, &MessengerChatListView::filterChats);
+    connect(m_newGroup.get(), &NewGroup::created, this, &MessengerChatListView::openNewChat);
+    observeNotifications();
+}
+
+void MessengerChatListView::appear() {
+    loadData();
+    launch(loadStarredCount(shared_from_this()));
+    launch(loadMentionsCount(shared_from_this()));
+    m_channels->loadChannels();
+    m_folders->loadFolders();
+}
 
 void MessengerChatListView::loadData() {
-    if (m_session.token)
-        m_socket.connect(*m_session.token);
-    QObject::disconnect(wsObserver);
-    wsObserver =
-        QObject::connect(&m_socket, &MessengerWebSocket::events, this, &MessengerChatListView::handleEvent);
+    if (m_parts.session.token)
+        m_parts.socket.connect(*m_parts.session.token);
+    observeWSEvents();
     launch(registerDevice(shared_from_this()));
     launch(syncDevice(shared_from_this()));
     launch(loadContactsAndChats(shared_from_this()));
 }
 
+void MessengerChatListView::observeWSEvents() {
+    disconnect(wsObserver);
+    wsObserver =
+        connect(&m_parts.socket, &MessengerWebSocket::events, this, &MessengerChatListView::handleEvent);
+}
+
+void MessengerChatListView::observeNotifications() {
+    connect(&NotificationCentre::shared(), &NotificationCentre::posted, this,
+            [this](const QString &name, const QJsonObject &userInfo) {
+                if (name != orvaneOpenChat)
+                    return;
+                if (const auto chatID = json::text(userInfo, u"chat_id"))
+                    selectedChatID = *chatID;
+            });
+}
+
+QString MessengerChatListView::badge() const {
+    const qint64 sum = unreadSum();
+    if (sum < 1)
+        return {};
+    return sum > highestBadge ? QStringLiteral("99+") : QString::number(sum);
+}
+
+void MessengerChatListView::openAssistant() {
+    const MessengerChat *chat = chats.findFirst([](const MessengerChat &candidate) {
+        return candidate.participants.contains(MessengerMock::aiAssistant().id);
+    });
+    if (chat)
+        selectedChatID = chat->id;
+}
+
+void MessengerChatListView::openSavedChat() {
+    if (savedChatID.value())
+        selectedChatID = *savedChatID.value();
+    else
+        launch(findSavedChat(shared_from_this()));
+}
+
+void MessengerChatListView::openRow(int row) {
+    if (row >= 0 && row < chats.count())
+        selectedChatID = chats.at(row).id;
+}
+
+void MessengerChatListView::openNeighbour(int step) {
+    const int row = chats.rowOf(selectedChatID);
+    if (row >= 0)
+        openRow(row + step);
+    else
+        openRow(0);
+}
+
+void MessengerChatListView::togglePinned(const QString &chatID) {
+    chats.setPinned(chatID, !chats.isPinned(chatID));
+    pinsRevision = pinsRevision + 1;
+}
+
+void MessengerChatListView::deleteChat(const QString &chatID) {
+    chats.remove(chatID);
+    openSelectedChat();
+    updateDockBadge();
+}
+
 QString MessengerChatListView::displayName(const MessengerChat &chat) const {
-    return chat.displayName(m_session.userIdText(), contacts);
+    return chat.displayName(m_parts.session.userIdText(), contacts);
 }
 
 QString MessengerChatListView::peerId(const MessengerChat &chat) const {
-    return chat.type == ChatType::direct ? chat.peerId(m_session.userIdText()) : QString();
+    return chat.type == ChatType::direct ? chat.peerId(m_parts.session.userIdText()) : QString();
 }
 
 bool MessengerChatListView::isOnline(const QString &userID) const {
@@ -71,9 +167,23 @@ QString MessengerChatListView::spokenChat(const MessengerChat &chat) const {
     return words.join(QStringLiteral(", "));
 }
 
+QList<MessengerUser> MessengerChatListView::people() const {
+    QList<MessengerUser> known = contacts.values();
+    std::sort(known.begin(), known.end(), [](const MessengerUser &a, const MessengerUser &b) {
+        const int order = QString::localeAwareCompare(a.displayName, b.displayName);
+        return order == 0 ? a.id < b.id : order < 0;
+    });
+    return known;
+}
+
+StarredMessagesView *MessengerChatListView::starredMessages() {
+    m_starred = makeScreen<StarredMessagesView>(m_parts.session, m_parts.api, contacts);
+    return m_starred.get();
+}
+
 QCoro::Task<void> MessengerChatListView::registerDevice(Self self) {
     try {
-        co_await self->m_api.registerDevice();
+        co_await self->m_parts.api.registerDevice();
     } catch (const std::exception &) {
         // Dropped on purpose: the next start registers again.
     }
@@ -81,39 +191,85 @@ QCoro::Task<void> MessengerChatListView::registerDevice(Self self) {
 
 QCoro::Task<void> MessengerChatListView::syncDevice(Self self) {
     try {
-        const QJsonObject sync = co_await self->m_api.pullDeviceSync();
+        const QJsonObject sync = co_await self->m_parts.api.pullDeviceSync();
         if (const auto cursor = json::integer(sync, u"cursor"))
-            self->m_session.adoptSyncCursor(*cursor);
-        const QByteArray answer = co_await self->m_api.get(QStringLiteral("/api/messenger/federation/info"));
+            self->m_parts.session.adoptSyncCursor(*cursor);
+        const QByteArray answer =
+            co_await self->m_parts.api.get(QStringLiteral("/api/messenger/federation/info"));
         const auto federation = json::parseObject(answer);
         if (const auto matrixId = federation ? json::text(*federation, u"matrix_id") : std::nullopt)
-            self->m_session.matrixId = matrixId;
+            self->m_parts.session.matrixId = matrixId;
     } catch (const std::exception &) {
         // Dropped on purpose: the cursor stays where it was.
     }
 }
 
 QCoro::Task<void> MessengerChatListView::loadContactsAndChats(Self self) {
-    QList<QJsonObject> people;
+    QList<QJsonObject> known;
     try {
-        people = co_await self->m_api.fetchContacts(self->m_session.userIdText());
+        known = co_await self->m_parts.api.fetchContacts(self->m_parts.session.userIdText());
     } catch (const std::exception &) {
         // Dropped on purpose: without contacts the chats are still worth showing.
     }
     QList<MessengerChat> loaded;
     try {
-        loaded = co_await self->m_api.fetchChats();
+        loaded = co_await self->m_parts.api.fetchChats();
     } catch (const std::exception &) {
         // Dropped on purpose: the sample chats stand in below.
     }
-    self->showContacts(people);
+    self->showPeople(known);
     self->showChats(std::move(loaded));
     self->isLoading = false;
 }
 
-void MessengerChatListView::showContacts(const QList<QJsonObject> &records) {
+QCoro::Task<void> MessengerChatListView::loadStarredCount(Self self) {
+    qint64 count = 0;
+    try {
+        const QList<QJsonObject> starred =
+            co_await self->m_parts.api.fetchStarredMessages(self->m_parts.session.userIdText());
+        count = starred.size();
+    } catch (const std::exception &) {
+        // Dropped on purpose: nobody knows of any.
+    }
+    self->starredCount = count;
+}
+
+QCoro::Task<void> MessengerChatListView::loadMentionsCount(Self self) {
+    qint64 count = 0;
+    try {
+        const QList<QJsonObject> mentions =
+            co_await self->m_parts.api.fetchMentions(self->m_parts.session.userIdText());
+        count = mentions.size();
+    } catch (const std::exception &) {
+        // Dropped on purpose: nobody knows of any.
+    }
+    self->mentionsCount = count;
+}
+
+QCoro::Task<void> MessengerChatListView::findSavedChat(Self self) {
+    const QString user = self->m_parts.session.userIdText();
+    std::optional<QString> id;
+    try {
+        const QJsonObject answer = co_await self->m_parts.api.getOrCreateSavedChat(user);
+        id = chatIdIn(unwrapped(answer, u"chat"));
+        if (!id)
+            co_return;
+        self->savedChatID = id;
+    } catch (const std::exception &) {
+        // Without the server there is still a chat to open.
+        id = QStringLiteral("saved_") + user;
+    }
+    if (!self->chats.find(*id)) {
+        MessengerChat saved = newChat(*id, ChatType::direct, QStringLiteral("Saved Messages"));
+        saved.participants = {user};
+        self->chats.insertFirst(saved);
+    }
+    self->selectedChatID = *id;
+}
+
+void MessengerChatListView::showPeople(const QList<QJsonObject> &records) {
     MessengerUser me = MessengerMock::currentUser();
-    me.id = m_session.userIdText();
+    me.id = m_parts.session.userIdText();
     const MessengerUser &assistant = MessengerMock::aiAssistant();
     contacts = {{me.id, me}, {assistant.id, assistant}};
     for (const QJsonObject &record : records) {
@@ -129,9 +285,24 @@ void MessengerChatListView::showChats(QList<MessengerChat> loaded) {
         for (MessengerChat &chat : loaded)
             chat.participants.removeIf([this](const QString &id) { return !contacts.contains(id); });
     }
-    std::stable_sort(loaded.begin(), loaded.end(), standsBefore);
     chats.assign(loaded);
     openSelectedChat();
+    updateDockBadge();
+}
+
+void MessengerChatListView::filterChats() {
+    const ChatFolder *folder = m_folders->active();
+    const QString text = searchText;
+    if (!folder && text.isEmpty()) {
+        chats.setFilter({});
+        return;
+    }
+    const std::optional<QSet<QString>> members =
+        folder ? std::optional(QSet<QString>(folder->chatIds.begin(), folder->chatIds.end())) : std::nullopt;
+    chats.setFilter([this, members, text](const MessengerChat &chat) {
+        return (!members || members->contains(chat.id)) &&
+               (text.isEmpty() || displayName(chat).contains(text, Qt::CaseInsensitive));
+    });
 }
 
 void MessengerChatListView::handleEvent(const WSEvent &event) {
@@ -146,25 +317,19 @@ void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
     const auto raw = json::object(event, u"message");
     const auto content = raw ? json::text(*raw, u"content") : std::nullopt;
     const auto senderID = raw ? json::text(*raw, u"sender_id") : std::nullopt;
-    if (!chatID || !raw || !content || !senderID)
+    if (!chatID || !content || !senderID)
         return;
-    const int row = chats.rowOf(*chatID);
-    if (row < 0)
+    const MessengerChat *known = chats.find(*chatID);
+    if (!known)
         return;
-    MessengerMessage last;
-    last.id = json::text(*raw, u"id").value_or(freshId());
-    last.chatID = *chatID;
-    last.senderID = *senderID;
-    last.content = *content;
-    last.timestamp = QDateTime::currentDateTime();
-    last.deliveryStatus = DeliveryStatus::sent;
-
-    MessengerChat chat = chats.at(row);
-    chat.lastMessage = last;
+    MessengerChat chat = *known;
+    chat.lastMessage = lastMessageOf(*raw, *chatID, *senderID, *content);
     if (selectedChatID.value() != *chatID)
         chat.unreadCount += 1;
-    chats.replace(row, chat);
-    chats.move(row, rowFor(chat, chats.records()));
+    chats.replace(chat);
+    updateDockBadge();
+    m_parts.notifications().notify(*chatID, displayName(chat),
+                                   nameOf(*senderID, contacts, QStringLiteral("Someone")), *content);
 }
 
 void MessengerChatListView::handleUserStatus(const QJsonObject &event) {
@@ -176,21 +341,34 @@ void MessengerChatListView::handleUserStatus(const QJsonObject &event) {
     contactsRevision = contactsRevision + 1;
 }
 
+void MessengerChatListView::openNewChat(const MessengerChat &chat) {
+    chats.insertFirst(chat);
+    selectedChatID = chat.id;
+}
+
 void MessengerChatListView::openSelectedChat() {
-    const int row = chats.rowOf(selectedChatID);
+    const MessengerChat *chat = chats.find(selectedChatID);
+    if (const int row = m_channels->channels.rowOf(selectedChatID); !chat && row >= 0)
+        chat = &m_channels->channels.at(row);
     const QString openID = m_openChat ? m_openChat->chat.id : QString();
-    if (row >= 0 && openID == selectedChatID.value())
+    if (chat && openID == chat->id)
         return;
     // The screen that closes may still be drawn, and its tasks may still be running.
     const std::shared_ptr<MessengerChatView> closing = std::move(m_openChat);
-    if (row >= 0) {
-        m_openChat = std::shared_ptr<MessengerChatView>(
-            new MessengerChatView(chats.at(row), contacts, m_session.userIdText(), m_api, m_socket),
-            [](MessengerChatView *screen) { screen->deleteLater(); });
+    if (chat) {
+        m_openChat = makeScreen<MessengerChatView>(*chat, contacts, m_parts.session.userIdText(), m_parts.api,
+                                                   m_parts.socket);
         m_openChat->loadMessages();
     }
-    if (closing || m_openChat)
+    if (closing || m_openChat) {
+        m_parts.notifications().activeChatID = chat ? std::optional(chat->id) : std::nullopt;
         Q_EMIT openChatChanged();
+    }
+}
+
+void MessengerChatListView::updateDockBadge() {
+    if (std::exchange(m_shownSum, unreadSum()) != m_shownSum)
+        Q_EMIT badgeChanged();
 }
 
 } // namespace orvane

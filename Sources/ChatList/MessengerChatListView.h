@@ -1,9 +1,14 @@
 #pragma once
 
 #include "Base/Observable.h"
-#include "Base/RecordList.h"
+#include "ChatList/Channels.h"
+#include "ChatList/Folders.h"
+#include "ChatList/MessageSearch.h"
+#include "ChatList/NewGroup.h"
+#include "ChatList/SortedChats.h"
+#include "ChatList/StarredMessagesView.h"
 #include "Conversation/MessengerChatView.h"
-#include "Model/MessengerChat.h"
+#include "Server/ChatNotificationBridge.h"
 #include "Server/MessengerAPI.h"
 #include "Server/MessengerWebSocket.h"
 #include "Session/MessengerSession.h"
@@ -11,43 +16,88 @@
 #include <QCoroTask>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
 #include <memory>
 
 namespace orvane {
 
-/// The main screen after sign-in: the user's chats, the newest first, kept current by the server's events,
-/// beside the open chat. Main thread.
+/// The main screen after sign-in: the user's chats, kept current by the server's events, beside the open
+/// chat. What it makes new and arranges has parts of its own. Main thread.
 class MessengerChatListView : public QObject, public std::enable_shared_from_this<MessengerChatListView> {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("The application shows the chat list.")
-    Q_PROPERTY(orvane::RecordListModel *chats READ chatModel CONSTANT)
+    Q_PROPERTY(orvane::RecordListModel *sortedChats READ sortedChats CONSTANT)
+    Q_PROPERTY(orvane::MessageSearch *search READ search CONSTANT)
+    Q_PROPERTY(orvane::NewGroup *newGroup READ newGroup CONSTANT)
+    Q_PROPERTY(orvane::Channels *channels READ channels CONSTANT)
+    Q_PROPERTY(orvane::Folders *folders READ folders CONSTANT)
     /// The chat screen of `selectedChatID`; null while no known chat is selected.
     Q_PROPERTY(orvane::MessengerChatView *openChat READ openChat NOTIFY openChatChanged)
+    /// What the application's badge says; empty for none.
+    Q_PROPERTY(QString badge READ badge NOTIFY badgeChanged)
+    Q_PROPERTY(qint64 unreadSum READ unreadSum NOTIFY badgeChanged)
 
+    OBSERVABLE(QString, searchText)
     /// Empty while no chat is open.
     OBSERVABLE(QString, selectedChatID)
+    OBSERVABLE(bool, showContacts)
+    OBSERVABLE(bool, showStarred)
+    OBSERVABLE(std::optional<QString>, savedChatID)
+    OBSERVABLE(qint64, starredCount)
+    OBSERVABLE(qint64, mentionsCount)
     /// Until the first list of chats is there.
     OBSERVABLE(bool, isLoading, true)
     /// Grows with every change of `contacts`, for the names and presence that depend on them.
     OBSERVABLE(int, contactsRevision)
+    /// Grows with every change of what is pinned.
+    OBSERVABLE(int, pinsRevision)
 
 public:
-    MessengerChatListView(MessengerSession &session = MessengerSession::shared(),
-                          MessengerAPI &api = MessengerAPI::shared(),
-                          MessengerWebSocket &socket = MessengerWebSocket::shared());
+    /// What the screen stands on; it all outlives it. Without `encryption` the end-to-end layer is off.
+    struct Parts {
+        MessengerSession &session;
+        MessengerAPI &api;
+        MessengerWebSocket &socket;
+        /// Made at its first use.
+        std::function<ChatNotificationBridge &()> notifications;
+        GroupEncryption *encryption = nullptr;
+    };
+    explicit MessengerChatListView(const Parts &parts);
 
-    /// Sorted by the date of the last message, newest first.
-    RecordList<MessengerChat> chats;
+    SortedChats chats;
     Contacts contacts;
 
-    RecordListModel *chatModel() { return &chats; }
+    RecordListModel *sortedChats() { return &chats; }
+    MessageSearch *search() const { return m_search.get(); }
+    NewGroup *newGroup() const { return m_newGroup.get(); }
+    Channels *channels() const { return m_channels.get(); }
+    Folders *folders() const { return m_folders.get(); }
     MessengerChatView *openChat() const { return m_openChat.get(); }
+    QString badge() const;
+    qint64 unreadSum() const { return chats.unreadSum(); }
 
+    /// The screen shows: loads everything.
+    Q_INVOKABLE void appear();
     /// Connects the event socket, follows its events, and starts three tasks that don't wait for each other:
     /// the registration of this device, the device sync with the federation's identity, and contacts with
     /// chats.
-    Q_INVOKABLE void loadData();
+    void loadData();
+
+    /// The first chat with the assistant, if there is one.
+    Q_INVOKABLE void openAssistant();
+    /// The user's own space, which the server makes at the first time; there is always one that opens.
+    Q_INVOKABLE void openSavedChat();
+    /// The row's chat by its place in the list, if there is one.
+    Q_INVOKABLE void openRow(int row);
+    /// The chat that stands `step` rows further than the open one.
+    Q_INVOKABLE void openNeighbour(int step);
+
+    Q_INVOKABLE bool isPinned(const QString &chatID) const { return chats.isPinned(chatID); }
+    /// For as long as this screen lives.
+    Q_INVOKABLE void togglePinned(const QString &chatID);
+    /// On this machine only: the next list of the server brings it back.
+    Q_INVOKABLE void deleteChat(const QString &chatID);
 
     Q_INVOKABLE QString displayName(const orvane::MessengerChat &chat) const;
     /// The other person of a direct chat; empty for all other chats.
@@ -57,9 +107,14 @@ public:
     Q_INVOKABLE QString preview(const orvane::MessengerChat &chat) const;
     /// A row in words for assistive technology: name, preview, unread count.
     Q_INVOKABLE QString spokenChat(const orvane::MessengerChat &chat) const;
+    /// Everybody known, by name.
+    Q_INVOKABLE QList<orvane::MessengerUser> people() const;
+    /// A new sheet of starred messages; the caller owns it.
+    Q_INVOKABLE orvane::StarredMessagesView *starredMessages();
 
 Q_SIGNALS:
     void openChatChanged();
+    void badgeChanged();
 
 private:
     using Self = std::shared_ptr<MessengerChatListView>;
@@ -67,20 +122,33 @@ private:
     static QCoro::Task<void> registerDevice(Self self);
     static QCoro::Task<void> syncDevice(Self self);
     static QCoro::Task<void> loadContactsAndChats(Self self);
+    static QCoro::Task<void> loadStarredCount(Self self);
+    static QCoro::Task<void> loadMentionsCount(Self self);
+    static QCoro::Task<void> findSavedChat(Self self);
 
-    void showContacts(const QList<QJsonObject> &records);
+    void observeWSEvents();
+    void observeNotifications();
+    void showPeople(const QList<QJsonObject> &records);
     void showChats(QList<MessengerChat> loaded);
+    void filterChats();
     void handleEvent(const WSEvent &event);
     void handleNewMessage(const QJsonObject &event);
     void handleUserStatus(const QJsonObject &event);
+    void openNewChat(const MessengerChat &chat);
     void openSelectedChat();
+    void updateDockBadge();
 
-    MessengerSession &m_session;
-    MessengerAPI &m_api;
-    MessengerWebSocket &m_socket;
+    Parts m_parts;
+    std::shared_ptr<MessageSearch> m_search;
+    std::shared_ptr<NewGroup> m_newGroup;
+    std::shared_ptr<Channels> m_channels;
+    std::shared_ptr<Folders> m_folders;
+    std::shared_ptr<StarredMessagesView> m_starred;
+    std::shared_ptr<MessengerChatView> m_openChat;
+    qint64 m_shownSum = 0;
     QMetaObject::Connection wsObserver;
     QPropertyNotifier m_selection;
-    std::shared_ptr<MessengerChatView> m_openChat;
+    QPropertyNotifier m_searchText;
 };
 
 } // namespace orvane

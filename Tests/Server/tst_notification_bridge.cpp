@@ -1,41 +1,20 @@
 #include "Server/ChatNotificationBridge.h"
+#include "Support/RecordingNotifications.h"
 #include "Support/TestMain.h"
 
 using namespace orvane;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-struct Added {
-    QString identifier;
-    NotificationContent content;
-};
-
-struct Desktop : UserNotifications {
-    explicit Desktop(QList<Added> &list, int &asked)
-        : added(list)
-        , authorizations(asked) {}
-    void requestAuthorization() override { ++authorizations; }
-    void add(const QString &identifier, const NotificationContent &content) override {
-        added.append({identifier, content});
-    }
-    QList<Added> &added;
-    int &authorizations;
-};
-
-} // namespace
 
 class TestNotificationBridge : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void onlyTheOpenChatIsSilent() {
-        QList<Added> added;
-        int asked = 0;
+        const auto notes = std::make_shared<RecordingNotifications::Notes>();
         double now = 1'700'000'000;
-        ChatNotificationBridge bridge(std::make_unique<Desktop>(added, asked),
+        ChatNotificationBridge bridge(std::make_unique<RecordingNotifications>(notes),
                                       [&now] { return now += 0.25; });
-        QCOMPARE(asked, 1);
+        QCOMPARE(notes->authorizations, 1);
         bridge.notify(u"3"_s, u"Team"_s, u"Ben"_s, u"hi"_s);
         bridge.activeChatID = u"3"_s;
         bridge.notify(u"3"_s, u"Team"_s, u"Ben"_s, u"unseen"_s);
@@ -44,11 +23,11 @@ private Q_SLOTS:
         bridge.notify(u"3"_s, u"Team"_s, u"Ben"_s, u"hi"_s);
         bridge.notify(u"3"_s, u"Team"_s, u"Ben"_s, u"hi"_s);
         QStringList identifiers;
-        for (const Added &one : added)
+        for (const auto &one : notes->added)
             identifiers.append(one.identifier);
         QCOMPARE(identifiers, (QStringList{u"msg_3_1700000000.25"_s, u"msg_03_1700000000.5"_s,
                                            u"msg_3_1700000000.75"_s, u"msg_3_1700000001.0"_s}));
-        const NotificationContent &content = added.first().content;
+        const NotificationContent &content = notes->added.first().content;
         QCOMPARE(content.title, u"Ben"_s);
         QCOMPARE(content.subtitle, u"Team"_s);
         QCOMPARE(content.body, u"hi"_s);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Base/Json.h"
+#include "Server/ChatNotificationBridge.h"
 #include "Server/MessengerAPI.h"
 #include "Server/MessengerWebSocket.h"
 #include "Session/MessengerSession.h"
 #include "Support/FaultySecretStore.h"
+#include "Support/RecordingNotifications.h"
 #include "Support/RecordingSocketServer.h"
 #include "Support/ScriptedHttpServer.h"
 
@@ -22,6 +24,8 @@ struct ClientParts {
                              std::make_unique<UserDefaults>(folder.filePath(QStringLiteral("defaults.ini")))};
     MessengerAPI api{http.base(), session};
     MessengerWebSocket socket{events.url(), {}};
+    std::shared_ptr<RecordingNotifications::Notes> notes = std::make_shared<RecordingNotifications::Notes>();
+    ChatNotificationBridge notifications{std::make_unique<RecordingNotifications>(notes)};
 
     /// User 7 with the token "tok".
     void signIn() {

@@ -32,6 +32,11 @@ class Journey(unittest.TestCase):
         self.people.append(person)
         return person
 
+    def picture(self, person: Person, name: str) -> None:
+        """For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder."""
+        if folder := os.environ.get("ORVANETALK_PICTURES"):
+            person.take_picture(Path(folder) / f"{name}.png")
+
     def assert_all_named(self, person: Person, screen_name: str) -> None:
         unnamed = person.screen.unnamed()
         self.assertEqual([], unnamed, f"controls without a name on the {screen_name} screen")

@@ -1,0 +1,57 @@
+#include "ChatList/Channels.h"
+
+#include "Base/Json.h"
+#include "Base/Task.h"
+#include "ChatList/ChatAnswer.h"
+
+namespace orvane {
+
+Channels::Channels(MessengerSession &session, MessengerAPI &api)
+    : m_session(session)
+    , m_api(api) {}
+
+void Channels::loadChannels() {
+    launch(load(shared_from_this()));
+}
+
+void Channels::createChannel() {
+    const QString title = channelName.value().trimmed();
+    if (title.isEmpty())
+        return;
+    showNewChannel = false;
+    channelName = QString();
+    launch(create(shared_from_this(), title));
+}
+
+QCoro::Task<void> Channels::load(Self self) {
+    try {
+        const QList<QJsonObject> records = co_await self->m_api.listChannels(self->m_session.userIdText());
+        QList<MessengerChat> loaded;
+        for (const QJsonObject &record : records) {
+            const auto id = json::text(record, u"id");
+            if (!id)
+                continue;
+            const auto title = json::text(record, u"title");
+            MessengerChat channel = newChat(*id, ChatType::channel, QString());
+            channel.title = title ? title : json::text(record, u"name");
+            loaded.append(channel);
+        }
+        self->channels.assign(loaded);
+    } catch (const std::exception &) {
+        // Dropped on purpose: the channels of before stay.
+    }
+}
+
+QCoro::Task<void> Channels::create(Self self, QString title) {
+    try {
+        const QJsonObject answer = co_await self->m_api.createChannel(title, self->m_session.userIdText());
+        const QJsonObject channel = unwrapped(answer, u"channel");
+        if (const auto id = chatIdIn(channel); id && self->channels.rowOf(*id) < 0)
+            self->channels.insert(
+                0, newChat(*id, ChatType::channel, json::text(channel, u"title").value_or(title)));
+    } catch (const std::exception &) {
+        // Dropped on purpose: no channel appears.
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,41 @@
+import QtQuick
+import OrvaneTalk.ChatList
+import OrvaneTalk.Interface
+import OrvaneTalk.Model
+
+// What can be done with a chat of the list.
+ContextMenu {
+    id: root
+
+    required property MessengerChatListView screen
+    required property string chatID
+    required property bool pinned
+
+    ContextMenuItem {
+        text: root.pinned ? "Unpin" : "Pin"
+        onTriggered: root.screen.togglePinned(root.chatID)
+    }
+    ContextMenu {
+        id: folders
+        title: "Add to folder"
+        enabled: list.count > 0
+
+        Instantiator {
+            id: list
+            model: root.screen.folders.chatFolders
+            delegate: ContextMenuItem {
+                required property chatFolder record
+
+                text: record.icon + " " + record.name
+                onTriggered: root.screen.folders.addChat(record.id, root.chatID)
+            }
+            onObjectAdded: (index, object) => folders.insertItem(index, object)
+            onObjectRemoved: (index, object) => folders.removeItem(object)
+        }
+    }
+    ContextMenuItem {
+        text: "Delete"
+        dangerous: true
+        onTriggered: root.screen.deleteChat(root.chatID)
+    }
+}

@@ -1,0 +1,58 @@
+#include "ChatList/MessageSearch.h"
+
+#include "Base/FreshId.h"
+#include "Base/Json.h"
+#include "Base/Task.h"
+#include "ChatList/NameOf.h"
+
+namespace orvane {
+
+namespace {
+
+constexpr int shortestQuery = 2;
+
+} // namespace
+
+MessageSearch::MessageSearch(MessengerSession &session, MessengerAPI &api, const Contacts &contacts)
+    : m_session(session)
+    , m_api(api)
+    , m_contacts(contacts) {}
+
+void MessageSearch::searchMessages(const QString &query) {
+    if (query.size() < shortestQuery) {
+        searchResults.assign({});
+        isSearchingMessages = false;
+        return;
+    }
+    isSearchingMessages = true;
+    launch(search(shared_from_this(), query));
+}
+
+QCoro::Task<void> MessageSearch::search(std::shared_ptr<MessageSearch> self, QString query) {
+    try {
+        const QList<QJsonObject> found =
+            co_await self->m_api.globalSearch(query, self->m_session.userIdText());
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        QList<SearchHit> hits;
+        for (const QJsonObject &record : found) {
+            const auto chatID = json::text(record, u"chat_id");
+            const auto content = json::text(record, u"content");
+            const auto senderID = json::text(record, u"sender_id");
+            if (!chatID || !content || !senderID)
+                continue;
+            SearchHit hit;
+            hit.id = freshId();
+            hit.chatID = *chatID;
+            hit.senderName = nameOf(*senderID, self->m_contacts, *senderID);
+            hit.content = *content;
+            hit.timestamp = now;
+            hits.append(hit);
+        }
+        self->searchResults.assign(hits);
+    } catch (const std::exception &) {
+        // Dropped on purpose: what was found before stays.
+    }
+    self->isSearchingMessages = false;
+}
+
+} // namespace orvane

@@ -1,0 +1,102 @@
+#include "ChatList/NewGroup.h"
+
+#include "Base/Json.h"
+#include "Base/Task.h"
+#include "ChatList/ChatAnswer.h"
+
+namespace orvane {
+
+namespace {
+
+QString withoutBlanks(QString text) {
+    const auto isBlank = [](QChar c) { return c.category() == QChar::Separator_Space || c == u'\t'; };
+    while (!text.isEmpty() && isBlank(text.front()))
+        text.remove(0, 1);
+    while (!text.isEmpty() && isBlank(text.back()))
+        text.chop(1);
+    return text;
+}
+
+QStringList remoteIdsIn(const QString &text) {
+    QStringList ids;
+    for (const QString &piece : text.split(u',', Qt::SkipEmptyParts)) {
+        const QString id = withoutBlanks(piece);
+        if (id.startsWith(u'@') && id.contains(u':'))
+            ids.append(id);
+    }
+    return ids;
+}
+
+MessengerChat groupIn(const QJsonObject &map, const QString &id, const QString &title,
+                      const QStringList &participants) {
+    MessengerChat chat = newChat(id, ChatType::group, json::text(map, u"title").value_or(title));
+    chat.participants = participants;
+    chat.federated = json::boolean(map, u"federated").value_or(false);
+    chat.zkMode = json::boolean(map, u"zk_mode").value_or(false);
+    chat.roomId = json::text(map, u"room_id");
+    return chat;
+}
+
+} // namespace
+
+NewGroup::NewGroup(MessengerSession &session, MessengerAPI &api, GroupEncryption *encryption)
+    : m_session(session)
+    , m_api(api)
+    , m_encryption(encryption) {}
+
+void NewGroup::toggleParticipant(const QString &userID) {
+    QStringList participants = groupParticipants;
+    if (participants.removeAll(userID) == 0)
+        participants.append(userID);
+    groupParticipants = participants;
+}
+
+void NewGroup::createGroup() {
+    const Draft draft{groupName, groupParticipants, remoteIdsIn(groupRemoteMX), groupZkMode};
+    showNewGroup = false;
+    groupName = QString();
+    groupParticipants = QStringList();
+    groupRemoteMX = QString();
+    groupZkMode = false;
+    launch(create(shared_from_this(), draft));
+}
+
+QCoro::Task<void> NewGroup::create(Self self, Draft draft) {
+    try {
+        const QJsonObject answer = co_await self->request(draft);
+        const QJsonObject map = unwrapped(answer, u"chat");
+        const auto id = chatIdIn(map);
+        if (!id)
+            co_return;
+        const MessengerChat chat = groupIn(map, *id, titleOf(draft), draft.participants);
+        if (self->m_encryption && !chat.zkMode) {
+            try {
+                self->m_encryption->createGroupKey(*id, draft.participants);
+            } catch (const std::exception &) {
+                // Dropped on purpose: the run ends at whoever has no session, and the key stays.
+            }
+        }
+        Q_EMIT self->created(chat);
+    } catch (const std::exception &) {
+        // Dropped on purpose: no group appears.
+    }
+}
+
+QCoro::Task<QJsonObject> NewGroup::request(const Draft &draft) {
+    const QString title = titleOf(draft);
+    if (!draft.remote.isEmpty())
+        return m_api.createFederatedChat(title, draft.participants, draft.remote);
+    if (draft.zeroKnowledge && m_encryption)
+        return m_encryption->createZkGroup(title, draft.participants, m_session.userIdText());
+    return m_api.createChat(m_session.userIdText(), QStringLiteral("group"), title, draft.participants);
+}
+
+QString NewGroup::titleOf(const Draft &draft) {
+    if (!draft.name.isEmpty())
+        return draft.name;
+    if (!draft.remote.isEmpty())
+        return QStringLiteral("🌐 Federated Group");
+    return draft.zeroKnowledge ? QStringLiteral("ZK Group") : QStringLiteral("Group");
+}
+
+} // namespace orvane

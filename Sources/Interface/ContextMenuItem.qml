@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Templates as T
+import OrvaneTalk.Interface
+
+// One entry of a context menu; one that loses something is `dangerous`.
+T.MenuItem {
+    id: root
+
+    property bool dangerous: false
+
+    implicitHeight: 36
+    implicitWidth: 212
+    font: Theme.bodyFont
+    Accessible.name: text
+
+    background: Rectangle {
+        radius: Theme.controlRadius - 2
+        color: root.highlighted ? Theme.pressed : "transparent"
+    }
+    contentItem: PlainText {
+        leftPadding: Theme.gap12
+        rightPadding: root.subMenu ? 24 : Theme.gap12
+        text: root.text
+        font: root.font
+        color: root.dangerous ? Theme.danger : Theme.text
+        verticalAlignment: Text.AlignVCenter
+    }
+    arrow: Symbol {
+        visible: root.subMenu
+        x: root.width - width - Theme.gap8
+        anchors.verticalCenter: parent.verticalCenter
+        name: "chevron.right"
+        size: 12
+        color: Theme.dimmed
+    }
+}

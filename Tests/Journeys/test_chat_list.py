@@ -1,0 +1,160 @@
+"""A person keeps house: channels, folders, a group, the saved chat, a search, stars, the menu of a row, all by keys."""
+
+import json
+import re
+import unittest
+import urllib.request
+
+from harness.journey import Journey
+from harness.person import Person
+from harness.processes import eventually
+from harness.screen import ENTRIES, FOCUSED, LISTS, ROWS
+
+PASSWORD = "correct-horse-9"
+DIALOGS = {"dialog", "alert"}
+
+
+class ChatList(Journey):
+    def test_keeping_house(self) -> None:
+        anna = self.person("anna")
+        boris = self.call("/api/auth/register", {"username": "boris", "password": PASSWORD, "display_name": "Boris"})
+        self.register(anna)
+        self.picture(anna, "01-empty")
+
+        self.make_channel(anna)
+        self.make_folder(anna)
+        self.make_group(anna)
+        self.open_saved_chat_twice(anna)
+        self.search_and_open(anna, boris)
+        self.use_the_row_menu(anna)
+        self.look_at_stars(anna)
+        self.walk_by_keys(anna)
+        anna.close_client()
+
+    def call(self, path: str, body: dict | None = None, token: str = "") -> dict:
+        request = urllib.request.Request(self.server.http + path, method="POST" if body is not None else "GET")
+        request.add_header("Content-Type", "application/json")
+        if token:
+            request.add_header("Authorization", "Bearer " + token)
+        data = json.dumps(body).encode() if body is not None else None
+        with urllib.request.urlopen(request, data, timeout=20) as answer:
+            return json.load(answer)
+
+    def register(self, person: Person) -> None:
+        screen = person.open_client()
+        screen.button("Нет аккаунта? Зарегистрироваться").press()
+        screen.entry("Имя для отображения")
+        person.fill("Логин", person.name)
+        person.fill("Пароль", PASSWORD)
+        person.fill("Имя для отображения", person.name.title())
+        person.click(screen.button("Создать аккаунт"))
+        screen.find(LISTS, "Chats")
+        screen.find(ROWS, "Lobby(,.*)?")
+        self.assert_all_named(person, "main")
+
+    def make_channel(self, person: Person) -> None:
+        person.screen.button("New Channel").press()
+        person.screen.find(ENTRIES, "Channel name", FOCUSED)
+        self.assert_all_named(person, "new channel")
+        person.type("News of the house")
+        self.picture(person, "02-new-channel")
+        person.key("Return")
+        person.screen.find(ROWS, "News of the house, Channel")
+
+    def make_folder(self, person: Person) -> None:
+        person.screen.button("New folder").press()
+        person.screen.find(ENTRIES, "Название", FOCUSED)
+        self.assert_all_named(person, "new folder")
+        self.picture(person, "03-new-folder")
+        # Nothing typed: Esc closes, and the focus is where it was.
+        person.key("Escape")
+        person.screen.button("New folder").press()
+        person.screen.find(ENTRIES, "Название", FOCUSED)
+        person.type("Work")
+        person.key("Return")
+        person.screen.find({"radio button"}, "📁 Work")
+        eventually("an empty folder shows no chats", lambda: not self.rows_like(person, "Lobby.*"))
+        self.picture(person, "04-empty-folder")
+        person.screen.find({"radio button"}, "All chats").press()
+        person.screen.find(ROWS, "Lobby(,.*)?")
+
+    def make_group(self, person: Person) -> None:
+        person.screen.button("New Group").press()
+        person.screen.find(ENTRIES, "Group name", FOCUSED)
+        self.assert_all_named(person, "new group")
+        person.type("Gardeners")
+        person.screen.find({"check box"}, "Orvane AI").press()
+        self.picture(person, "05-new-group")
+        person.screen.button("Create").press()
+        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
+        person.screen.find(ROWS, "Gardeners(,.*)?")
+        person.type("The roses want water")
+        person.key("Return")
+        person.screen.find(ROWS, "You, The roses want water, .*")
+        self.picture(person, "06-group")
+
+    def open_saved_chat_twice(self, person: Person) -> None:
+        for _ in range(2):
+            person.click(person.screen.find(ROWS, "Saved Messages, Your personal space"))
+            person.screen.find({"heading", "label", "static"}, "Saved Messages")
+        eventually("one saved chat", lambda: len(self.rows_like(person, "Saved Messages(, [^Y].*)?")) == 1)
+
+    def search_and_open(self, person: Person, other: dict) -> None:
+        person.key("ctrl+k")
+        person.screen.find(ENTRIES, re.escape("Search..."), FOCUSED)
+        person.type("roses")
+        hit = person.screen.find(ROWS, ".*, The roses want water")
+        self.assert_all_named(person, "search results")
+        self.picture(person, "07-search")
+        person.click(hit)
+        person.screen.find(ROWS, "You, The roses want water, .*")
+        person.key("ctrl+k")
+        person.key("Escape")
+        person.screen.find(ROWS, "Lobby(,.*)?")
+
+    def use_the_row_menu(self, person: Person) -> None:
+        person.key("ctrl+k")
+        person.key("Down")
+        for _ in range(len(self.rows_like(person, ".*")) + 2):
+            person.key("Down")
+        person.key("shift+F10")
+        person.screen.find({"menu item"}, "Pin")
+        self.assert_all_named(person, "row menu")
+        self.picture(person, "08-row-menu")
+        person.key("Down")
+        person.key("Return")
+        last = eventually("the last row", lambda: self.chat_rows(person))
+        self.assertTrue(last)
+
+    def look_at_stars(self, person: Person) -> None:
+        person.close_client()
+        # Stars come with the start.
+        token = self.call(
+            "/api/auth/login", {"username": person.name, "password": PASSWORD, "device_id": "another"}
+        )["token"]
+        found = self.call("/api/messenger/search/global?q=roses&user_id=0", None, token)["messages"][0]
+        self.call(f"/api/messenger/messages/{found['id']}/star", {}, token)
+        person.open_client()
+        person.click(person.screen.find(ROWS, "Starred Messages, 1 starred"))
+        person.screen.find(ROWS, ".*, The roses want water, .*")
+        self.assert_all_named(person, "starred messages")
+        self.picture(person, "09-starred")
+        person.key("Escape")
+        eventually("the sheet is closed", lambda: not person.screen.look({"push button", "button"}, "Done"))
+
+    def walk_by_keys(self, person: Person) -> None:
+        person.key("ctrl+1")
+        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
+        person.key("alt+Down")
+        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
+        self.picture(person, "10-second-chat")
+
+    def rows_like(self, person: Person, pattern: str) -> list[str]:
+        return [name for name in person.screen.rows("Chats") if re.fullmatch(pattern, name, re.DOTALL)]
+
+    def chat_rows(self, person: Person) -> list[str]:
+        return self.rows_like(person, "(?!Orvane AI, Your|Saved Messages, Your|Starred Messages, ).*")
+
+
+if __name__ == "__main__":
+    unittest.main()
