@@ -1,8 +1,10 @@
 #include "Application/OrvaneTalkApp.h"
 
 #include "Base/MakeScreen.h"
+#include "Encryption/CryptoSetup.h"
 #include "Platform/UnifiedPush.h"
 #include "Session/OrvaneTalkEndpoint.h"
+#include "Session/OrvaneTalkFeatureFlags.h"
 
 #include <algorithm>
 
@@ -51,10 +53,25 @@ void OrvaneTalkApp::switchRoot() {
     if (m_session.isLoggedIn)
         m_chatList = makeScreen<MessengerChatListView>(
             MessengerChatListView::Parts{m_session, MessengerAPI::shared(), MessengerWebSocket::shared(),
-                                         &ChatNotificationBridge::shared, nullptr});
+                                         &ChatNotificationBridge::shared, encryption()});
     else
         m_auth = makeScreen<AuthView>(m_session, MessengerAPI::shared(), OrvaneTalkEndpoint::baseURL());
     Q_EMIT rootChanged();
+    if (m_chatList)
+        setupCryptoAndPreKeys();
+}
+
+const EndToEnd *OrvaneTalkApp::encryption() const {
+    return OrvaneTalkFeatureFlags::experimentalCrypto() ? &m_engines : nullptr;
+}
+
+void OrvaneTalkApp::setupCryptoAndPreKeys() {
+    CryptoSetup setup{.session = m_session, .registerForRemoteNotifications = [this] {
+                          // At the start the first registration is still to come.
+                          if (m_push)
+                              m_push->registerForRemoteNotifications();
+                      }};
+    setup.setupCryptoAndPreKeys(encryption() != nullptr, this);
 }
 
 } // namespace orvane

@@ -3,6 +3,7 @@
 #include "Application/AppDelegate.h"
 #include "Application/AuthView.h"
 #include "ChatList/MessengerChatListView.h"
+#include "Encryption/EndToEnd.h"
 
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
@@ -40,9 +41,13 @@ Q_SIGNALS:
 
 private:
     void switchRoot();
+    void setupCryptoAndPreKeys();
+    /// Null where the end-to-end layer is off.
+    const EndToEnd *encryption() const;
 
     MessengerSession &m_session;
     UserDefaults m_defaults;
+    EndToEnd m_engines;
     std::unique_ptr<RemoteNotifications> m_push;
     std::unique_ptr<AppDelegate> m_delegate;
     int m_listWidth;

@@ -357,7 +357,7 @@ void MessengerChatListView::openSelectedChat() {
     const std::shared_ptr<MessengerChatView> closing = std::move(m_openChat);
     if (chat) {
         m_openChat = makeScreen<MessengerChatView>(*chat, contacts, m_parts.session.userIdText(), m_parts.api,
-                                                   m_parts.socket);
+                                                   m_parts.socket, m_parts.encryption);
         m_openChat->loadMessages();
     }
     if (closing || m_openChat) {

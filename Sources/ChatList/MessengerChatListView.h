@@ -61,7 +61,7 @@ public:
         MessengerWebSocket &socket;
         /// Made at its first use.
         std::function<ChatNotificationBridge &()> notifications;
-        GroupEncryption *encryption = nullptr;
+        const EndToEnd *encryption = nullptr;
     };
     explicit MessengerChatListView(const Parts &parts);
 

@@ -39,7 +39,7 @@ MessengerChat groupIn(const QJsonObject &map, const QString &id, const QString &
 
 } // namespace
 
-NewGroup::NewGroup(MessengerSession &session, MessengerAPI &api, GroupEncryption *encryption)
+NewGroup::NewGroup(MessengerSession &session, MessengerAPI &api, const EndToEnd *encryption)
     : m_session(session)
     , m_api(api)
     , m_encryption(encryption) {}
@@ -71,7 +71,7 @@ QCoro::Task<void> NewGroup::create(Self self, Draft draft) {
         const MessengerChat chat = groupIn(map, *id, titleOf(draft), draft.participants);
         if (self->m_encryption && !chat.zkMode) {
             try {
-                self->m_encryption->createGroupKey(*id, draft.participants);
+                self->m_encryption->crypto().createGroupKey(*id, draft.participants);
             } catch (const std::exception &) {
                 // Dropped on purpose: the run ends at whoever has no session, and the key stays.
             }
@@ -87,7 +87,7 @@ QCoro::Task<QJsonObject> NewGroup::request(const Draft &draft) {
     if (!draft.remote.isEmpty())
         return m_api.createFederatedChat(title, draft.participants, draft.remote);
     if (draft.zeroKnowledge && m_encryption)
-        return m_encryption->createZkGroup(title, draft.participants, m_session.userIdText());
+        return m_encryption->zkCrypto().createZkGroup(title, draft.participants, m_session.userIdText());
     return m_api.createChat(m_session.userIdText(), QStringLiteral("group"), title, draft.participants);
 }
 

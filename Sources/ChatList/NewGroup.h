@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Base/Observable.h"
+#include "Encryption/EndToEnd.h"
 #include "Model/MessengerChat.h"
 #include "Server/MessengerAPI.h"
 
@@ -11,24 +12,6 @@
 #include <memory>
 
 namespace orvane {
-
-/// What a new group needs of the end-to-end layer.
-class GroupEncryption {
-public:
-    virtual ~GroupEncryption() = default;
-
-    /// Makes a zero-knowledge group and gives the server's answer; throws like the operations it is made of.
-    virtual QCoro::Task<QJsonObject> createZkGroup(QString name, QStringList participantIds,
-                                                   QString myUserId) = 0;
-    /// Makes the key of a group and seals it for whoever has a session. Throws at the first who has none; the
-    /// key stays.
-    virtual void createGroupKey(const QString &chatId, const QStringList &participantIds) = 0;
-
-protected:
-    GroupEncryption() = default;
-    GroupEncryption(const GroupEncryption &) = default;
-    GroupEncryption &operator=(const GroupEncryption &) = default;
-};
 
 /// The form for a new group, which becomes one of three kinds: federated where remote people are named, else
 /// zero-knowledge where that is chosen, else a plain one. Main thread.
@@ -47,7 +30,7 @@ class NewGroup : public QObject, public std::enable_shared_from_this<NewGroup> {
 
 public:
     /// Without `encryption`, the end-to-end layer is off.
-    NewGroup(MessengerSession &session, MessengerAPI &api, GroupEncryption *encryption);
+    NewGroup(MessengerSession &session, MessengerAPI &api, const EndToEnd *encryption);
 
     bool offersZk() const { return m_encryption != nullptr; }
 
@@ -72,7 +55,7 @@ private:
 
     MessengerSession &m_session;
     MessengerAPI &m_api;
-    GroupEncryption *m_encryption;
+    const EndToEnd *m_encryption;
 };
 
 } // namespace orvane

@@ -23,7 +23,7 @@ Item {
     Column {
         anchors {
             left: avatar.right; leftMargin: Theme.gap12
-            right: parent.right; rightMargin: Theme.gap16
+            right: badges.left; rightMargin: Theme.gap12
             verticalCenter: parent.verticalCenter
         }
         PlainText {
@@ -40,6 +40,29 @@ Item {
                 : root.screen.chat.participants.length + " members"
             font: Theme.secondaryFont
             color: Theme.dimmed
+        }
+    }
+    Row {
+        id: badges
+        anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
+        spacing: Theme.gap8
+
+        ExperimentBadge {
+            visible: root.screen.isEncrypting
+            text: "CRYPTO EXP"
+            onClicked: fingerprint.shown = true
+        }
+        ExperimentBadge {
+            visible: root.screen.isEncrypting && root.screen.chat.zkMode
+            text: "ZK EXP"
+            onClicked: fingerprint.shown = true
+        }
+    }
+    SheetLoader {
+        id: fingerprint
+        sourceComponent: FingerprintSheet {
+            fingerprint: root.screen.fingerprint
+            onClosed: fingerprint.shown = false
         }
     }
     Rectangle {

@@ -19,19 +19,27 @@ constexpr int spokenLength = 2000;
 } // namespace
 
 MessengerChatView::MessengerChatView(const MessengerChat &openChat, const Contacts &knownContacts,
-                                     const QString &userID, MessengerAPI &api, MessengerWebSocket &socket)
+                                     const QString &userID, MessengerAPI &api, MessengerWebSocket &socket,
+                                     const EndToEnd *encryption)
     : chat(openChat)
     , contacts(knownContacts)
     , currentUserID(userID)
     , m_api(api)
-    , m_socket(socket) {}
+    , m_socket(socket)
+    , m_cipher(chat, api, encryption)
+    , m_encryption(encryption) {}
 
 QString MessengerChatView::title() const {
     return chat.displayName(currentUserID, contacts);
 }
 
+QString MessengerChatView::fingerprint() const {
+    return m_encryption ? m_encryption->crypto().fingerprint.value() : QString();
+}
+
 void MessengerChatView::loadMessages() {
     isLoading = true;
+    launch(establishSession(shared_from_this()));
     launch(loadHistory(shared_from_this()));
     QObject::connect(&m_socket, &MessengerWebSocket::events, this, &MessengerChatView::handleEvent);
 }
@@ -41,15 +49,7 @@ void MessengerChatView::sendMessage() {
     if (text.trimmed().isEmpty())
         return;
     inputText = QString();
-    MessengerMessage message;
-    message.id = freshId();
-    message.chatID = chat.id;
-    message.senderID = currentUserID;
-    message.content = text;
-    message.timestamp = QDateTime::currentDateTime();
-    message.deliveryStatus = DeliveryStatus::sending;
-    messages.append(message);
-    launch(send(shared_from_this(), message));
+    launch(send(shared_from_this(), text));
 }
 
 QString MessengerChatView::senderName(const QString &userID) const {
@@ -73,7 +73,17 @@ QCoro::Task<void> MessengerChatView::loadHistory(Self self) {
     try {
         const QList<QJsonObject> records =
             co_await self->m_api.fetchMessages(self->chat.id, std::nullopt, pageSize);
-        self->showHistory(records);
+        QList<MessengerMessage> history;
+        history.reserve(records.size());
+        for (const QJsonObject &raw : records) {
+            std::optional<MessengerMessage> message = MessengerMessage::fromHistory(self->chat.id, raw);
+            if (!message)
+                continue;
+            const QString text = co_await self->m_cipher.historyContent(raw, message->content);
+            message->content = text;
+            history.append(std::move(*message));
+        }
+        self->showHistory(std::move(history));
         self->sendReadReceipt();
     } catch (const std::exception &) {
         // Dropped on purpose: the screen is never empty for want of a server.
@@ -82,10 +92,25 @@ QCoro::Task<void> MessengerChatView::loadHistory(Self self) {
     self->isLoading = false;
 }
 
-QCoro::Task<void> MessengerChatView::send(Self self, MessengerMessage message) {
-    const QJsonObject body{{QStringLiteral("user_id"), parseUserId(self->currentUserID).value_or(0)},
-                           {QStringLiteral("content"), message.content},
-                           {QStringLiteral("type"), rawText(message.type)}};
+QCoro::Task<void> MessengerChatView::establishSession(Self self) {
+    co_await self->m_cipher.establishSession(self->peerId());
+}
+
+QCoro::Task<void> MessengerChatView::send(Self self, QString text) {
+    const OutboundContent content = co_await self->m_cipher.prepareOutboundContent(text);
+    MessengerMessage message;
+    message.id = freshId();
+    message.chatID = self->chat.id;
+    message.senderID = self->currentUserID;
+    message.content = content.displayContent;
+    message.timestamp = QDateTime::currentDateTimeUtc();
+    message.deliveryStatus = DeliveryStatus::sending;
+    self->messages.append(message);
+    QJsonObject body{{QStringLiteral("user_id"), parseUserId(self->currentUserID).value_or(0)},
+                     {QStringLiteral("content"), content.serverContent},
+                     {QStringLiteral("type"), rawText(message.type)}};
+    if (content.zkPayload)
+        body.insert(QStringLiteral("zk_payload"), *content.zkPayload);
     const HttpTransport::Headers headers{{QStringLiteral("Idempotency-Key"), message.id}};
     const QString path = QStringLiteral("/api/messenger/chats/%1/messages").arg(self->chat.id);
     DeliveryStatus status = DeliveryStatus::sent;
@@ -100,13 +125,7 @@ QCoro::Task<void> MessengerChatView::send(Self self, MessengerMessage message) {
     self->setDeliveryStatus(message.id, status);
 }
 
-void MessengerChatView::showHistory(const QList<QJsonObject> &records) {
-    QList<MessengerMessage> history;
-    history.reserve(records.size());
-    for (const QJsonObject &raw : records) {
-        if (auto message = MessengerMessage::fromHistory(chat.id, raw))
-            history.append(std::move(*message));
-    }
+void MessengerChatView::showHistory(QList<MessengerMessage> history) {
     std::stable_sort(
         history.begin(), history.end(),
         [](const MessengerMessage &a, const MessengerMessage &b) { return a.timestamp < b.timestamp; });
@@ -147,25 +166,26 @@ void MessengerChatView::handleEvent(const WSEvent &event) {
     if (event.type != QLatin1String("messenger_message") || json::text(event.data, u"chat_id") != chat.id)
         return;
     if (const auto raw = json::object(event.data, u"message"))
-        handleNewMessage(*raw);
+        launch(receive(shared_from_this(), *raw));
 }
 
-void MessengerChatView::handleNewMessage(const QJsonObject &raw) {
+QCoro::Task<void> MessengerChatView::receive(Self self, QJsonObject raw) {
     const auto id = json::text(raw, u"id");
     const auto senderID = json::text(raw, u"sender_id");
     const auto content = json::text(raw, u"content");
     if (!id || !senderID || !content)
-        return;
+        co_return;
     const auto createdAt = json::number(raw, u"created_at");
     MessengerMessage message;
     message.id = *id;
-    message.chatID = chat.id;
+    message.chatID = self->chat.id;
     message.senderID = *senderID;
     message.type = MessengerMessage::typeOf(raw);
-    message.content = *content;
-    message.timestamp = createdAt ? times::fromUnixSeconds(*createdAt) : QDateTime::currentDateTime();
+    const QString text = co_await self->m_cipher.liveContent(raw, *content);
+    message.content = text;
+    message.timestamp = createdAt ? times::fromUnixSeconds(*createdAt) : QDateTime::currentDateTimeUtc();
     message.deliveryStatus = DeliveryStatus::sent;
-    messages.append(message);
+    self->messages.append(message);
 }
 
 void MessengerChatView::setDeliveryStatus(const QString &messageID, DeliveryStatus status) {

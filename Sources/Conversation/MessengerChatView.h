@@ -2,6 +2,7 @@
 
 #include "Base/Observable.h"
 #include "Base/RecordList.h"
+#include "Conversation/MessageCipher.h"
 #include "Conversation/MessagePlacement.h"
 #include "Model/MessengerChat.h"
 #include "Server/MessengerAPI.h"
@@ -25,6 +26,10 @@ class MessengerChatView : public QObject, public std::enable_shared_from_this<Me
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(QString peerId READ peerId CONSTANT)
     Q_PROPERTY(orvane::RecordListModel *messages READ messageModel CONSTANT)
+    /// The end-to-end layer is on.
+    Q_PROPERTY(bool isEncrypting READ isEncrypting CONSTANT)
+    /// Of the own identity key, in groups of four; empty while there is none.
+    Q_PROPERTY(QString fingerprint READ fingerprint CONSTANT)
 
     OBSERVABLE(QString, inputText)
     /// From the opening of the chat until its history is there.
@@ -36,7 +41,8 @@ public:
 
     MessengerChatView(const MessengerChat &chat, const Contacts &contacts, const QString &currentUserID,
                       MessengerAPI &api = MessengerAPI::shared(),
-                      MessengerWebSocket &socket = MessengerWebSocket::shared());
+                      MessengerWebSocket &socket = MessengerWebSocket::shared(),
+                      const EndToEnd *encryption = nullptr);
 
     const MessengerChat chat;
     const Contacts contacts;
@@ -46,6 +52,8 @@ public:
     QString title() const;
     QString peerId() const { return chat.peerId(currentUserID); }
     RecordListModel *messageModel() { return &messages; }
+    bool isEncrypting() const { return m_cipher.isOn(); }
+    QString fingerprint() const;
 
     /// Starts the history task, and follows the events of this chat from now on. The history replaces
     /// whatever `messages` holds when it arrives; where it can't be had, a sample conversation stands in.
@@ -63,17 +71,20 @@ private:
     using Self = std::shared_ptr<MessengerChatView>;
 
     static QCoro::Task<void> loadHistory(Self self);
-    static QCoro::Task<void> send(Self self, MessengerMessage message);
+    static QCoro::Task<void> establishSession(Self self);
+    static QCoro::Task<void> send(Self self, QString text);
+    static QCoro::Task<void> receive(Self self, QJsonObject raw);
 
-    void showHistory(const QList<QJsonObject> &records);
+    void showHistory(QList<MessengerMessage> history);
     void showSampleConversation();
     void sendReadReceipt();
     void handleEvent(const WSEvent &event);
-    void handleNewMessage(const QJsonObject &raw);
     void setDeliveryStatus(const QString &messageID, DeliveryStatus status);
 
     MessengerAPI &m_api;
     MessengerWebSocket &m_socket;
+    MessageCipher m_cipher;
+    const EndToEnd *m_encryption;
 };
 
 } // namespace orvane

@@ -1,5 +1,7 @@
 #include "Interface/Theme.h"
 
+#include <QFontDatabase>
+
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -66,7 +68,9 @@ Theme::Theme(QObject *parent)
     , bodyFont(font(15, QFont::Normal))
     , strongBodyFont(font(15, QFont::DemiBold))
     , secondaryFont(font(13, QFont::Normal))
-    , captionFont(font(11, QFont::Normal)) {
+    , captionFont(font(11, QFont::Normal))
+    , fixedFont(QFontDatabase::systemFont(QFontDatabase::FixedFont)) {
+    fixedFont.setPixelSize(bodyFont.pixelSize());
     use(OrvaneTheme::orvane);
 }
 

@@ -39,6 +39,7 @@ class Theme : public QObject {
     Q_PROPERTY(QFont strongBodyFont MEMBER strongBodyFont CONSTANT)
     Q_PROPERTY(QFont secondaryFont MEMBER secondaryFont CONSTANT)
     Q_PROPERTY(QFont captionFont MEMBER captionFont CONSTANT)
+    Q_PROPERTY(QFont fixedFont MEMBER fixedFont CONSTANT)
     Q_PROPERTY(double lineHeight MEMBER lineHeight CONSTANT)
 
     Q_PROPERTY(int gap4 MEMBER gap4 CONSTANT)
@@ -74,7 +75,7 @@ public:
     QColor ownBubble, onOwnBubble, dimmedOnOwnBubble;
     QColor danger, online;
 
-    QFont titleFont, headingFont, bodyFont, strongBodyFont, secondaryFont, captionFont;
+    QFont titleFont, headingFont, bodyFont, strongBodyFont, secondaryFont, captionFont, fixedFont;
     double lineHeight = 1.35;
 
     int gap4 = 4, gap8 = 8, gap12 = 12, gap16 = 16, gap24 = 24, gap32 = 32;

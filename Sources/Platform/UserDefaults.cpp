@@ -18,12 +18,28 @@ qint64 UserDefaults::integer(const QString &key) const {
     return m_settings.value(key).toLongLong();
 }
 
+std::optional<QByteArray> UserDefaults::data(const QString &key) const {
+    const QVariant value = m_settings.value(key);
+    return value.typeId() == QMetaType::QByteArray ? std::optional(value.toByteArray()) : std::nullopt;
+}
+
 void UserDefaults::set(const QString &key, const QString &value) {
     write(key, value);
 }
 
 void UserDefaults::set(const QString &key, qint64 value) {
     write(key, value);
+}
+
+void UserDefaults::set(const QString &key, const QByteArray &value) {
+    write(key, value);
+}
+
+void UserDefaults::remove(const QString &key) {
+    if (!m_settings.contains(key))
+        return;
+    m_settings.remove(key);
+    m_settings.sync();
 }
 
 void UserDefaults::write(const QString &key, const QVariant &value) {

@@ -18,9 +18,12 @@ public:
     std::optional<QString> text(const QString &key) const;
     /// Absent keys and texts that are no integers read as 0.
     qint64 integer(const QString &key) const;
+    std::optional<QByteArray> data(const QString &key) const;
     /// On the disk when the call returns.
     void set(const QString &key, const QString &value);
     void set(const QString &key, qint64 value);
+    void set(const QString &key, const QByteArray &value);
+    void remove(const QString &key);
 
 private:
     void write(const QString &key, const QVariant &value);

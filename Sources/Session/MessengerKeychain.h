@@ -35,6 +35,9 @@ public:
     /// Stops at the first item that can't be deleted.
     void clear();
 
+    /// For keys that have a service and an account of their own.
+    SecretStore &store() const { return *m_store; }
+
 private:
     /// Deletes, then adds: in between the item is absent.
     void save(const QByteArray &data, const QString &account, const QString &label);
