@@ -85,8 +85,9 @@ void TestSortedChats::standsLikeAPlainSortAfterAnyChanges() {
         new QAbstractItemModelTester(&chats, QAbstractItemModelTester::FailureReportingMode::QtTest, &chats);
         Reference reference;
         const auto randomChat = [&random](const QString &id) {
-            const std::optional<int> last =
-                random.bounded(2) ? std::optional(random.bounded(5)) : std::nullopt;
+            std::optional<int> last(random.bounded(10));
+            if (*last >= 5)
+                last.reset();
             return chatOf(id, random.bounded(5), last, random.bounded(3));
         };
         for (int index = random.bounded(12); index > 0; --index)

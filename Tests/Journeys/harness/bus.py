@@ -83,3 +83,28 @@ def start_assistive_technology(folder: Path, environment: dict[str, str]) -> Gio
         "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None, Gio.DBusCallFlags.NONE, 10_000, None
     )
     return connect(answer.unpack()[0])
+
+
+def keyring_labels(address: str) -> list[str]:
+    """What a person sees in the keyring: the label of each item."""
+    bus = connect(address)
+
+    def ask(path: str, interface: str, name: str):
+        return bus.call_sync(
+            "org.freedesktop.secrets",
+            path,
+            "org.freedesktop.DBus.Properties",
+            "Get",
+            GLib.Variant("(ss)", (f"org.freedesktop.Secret.{interface}", name)),
+            None,
+            Gio.DBusCallFlags.NONE,
+            10_000,
+            None,
+        ).unpack()[0]
+
+    try:
+        collections = ask("/org/freedesktop/secrets", "Service", "Collections")
+        items = [item for collection in collections for item in ask(collection, "Collection", "Items")]
+        return [ask(item, "Item", "Label") for item in items]
+    finally:
+        bus.close_sync(None)

@@ -5,7 +5,7 @@ import subprocess
 from pathlib import Path
 
 from . import processes
-from .bus import start_assistive_technology, start_bus, start_keyring
+from .bus import keyring_labels, start_assistive_technology, start_bus, start_keyring
 from .screen import Node, Screen
 from .server import HomeServer
 
@@ -90,6 +90,9 @@ class Person:
     def client_log(self) -> str:
         log = self._folder / "client.log"
         return log.read_text(errors="replace") if log.exists() else ""
+
+    def keyring_labels(self) -> list[str]:
+        return keyring_labels(self.environment["DBUS_SESSION_BUS_ADDRESS"])
 
     def click(self, node: Node) -> None:
         x, y = node.middle()
