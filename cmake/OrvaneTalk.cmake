@@ -49,7 +49,7 @@ function(orvane_module target)
     cmake_parse_arguments(ARG "" "" "SOURCES;QML;LINK" ${ARGN})
     # Where the linter finds the types of this module's properties.
     set(known QtQuick)
-    foreach(module IN ITEMS Model Interface Conversation ChatList)
+    foreach(module IN ITEMS Model Interface LocalNetwork RichContent Conversation ChatList)
         if(module IN_LIST ARG_LINK)
             list(APPEND known OrvaneTalk.${module})
         endif()

@@ -53,6 +53,7 @@ void requireVoice(Call &call, const QString &chat) {
 
 Answer newMessage(Call &call) {
     NewMessage message;
+    message.wantedId = QString::fromLatin1(call.request.idempotencyKey);
     message.chatId = call.part("chat");
     requireVoice(call, message.chatId);
     message.type = fields::optionalText(call.body, "type"_L1).value_or(u"text"_s);

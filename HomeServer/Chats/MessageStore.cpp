@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <QSet>
+#include <QUuid>
 
 #include <algorithm>
 #include <vector>
@@ -78,7 +79,10 @@ void noteMentions(Work &work, const QString &messageId, const NewMessage &messag
 } // namespace
 
 QJsonObject postMessage(Work &work, const NewMessage &message, const Caller &sender) {
-    const QString id = newId();
+    const bool wanted =
+        !QUuid::fromString(message.wantedId).isNull() && message.wantedId.size() == 36 &&
+        !exists(work.database(), u"SELECT 1 FROM messages WHERE id = ?"_s, {message.wantedId});
+    const QString id = wanted ? message.wantedId : newId();
     execute(
         work.database(),
         u"INSERT INTO messages(id, chat_id, sender_id, type, content, created_at, reply_to, forwarded_from, "

@@ -10,6 +10,8 @@
 namespace orvane::homeserver {
 
 struct NewMessage {
+    // The id that the sender's device knows it by; taken where it is a UUID and free.
+    QString wantedId;
     QString chatId;
     QString type = QStringLiteral("text");
     QString content;

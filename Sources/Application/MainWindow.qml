@@ -15,6 +15,11 @@ Window {
     visible: true
     title: "OrvaneTalk"
     color: Theme.background
+    // The program may go on without its window: a chat that nobody sees isn't open, and its messages count.
+    onClosing: {
+        if (app.chatList)
+            app.chatList.selectedChatID = "";
+    }
 
     Loader {
         anchors.fill: parent

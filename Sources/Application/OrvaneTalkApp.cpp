@@ -1,10 +1,14 @@
 #include "Application/OrvaneTalkApp.h"
 
+#include "Application/TrayImage.h"
 #include "Base/MakeScreen.h"
+#include "Base/NotificationCentre.h"
 #include "Encryption/CryptoSetup.h"
 #include "Platform/UnifiedPush.h"
 #include "Session/OrvaneTalkEndpoint.h"
 #include "Session/OrvaneTalkFeatureFlags.h"
+
+#include <QGuiApplication>
 
 #include <algorithm>
 
@@ -28,6 +32,9 @@ OrvaneTalkApp::OrvaneTalkApp(MessengerSession &session)
     m_saveListWidth.setInterval(300);
     connect(&m_saveListWidth, &QTimer::timeout, this,
             [this] { m_defaults.set(listWidthKey, qint64(m_listWidth)); });
+    m_showBadge.setSingleShot(true);
+    m_showBadge.setInterval(100);
+    connect(&m_showBadge, &QTimer::timeout, this, &OrvaneTalkApp::showBadge);
     switchRoot();
     m_switch = m_session.isLoggedIn.addNotifier([this] { switchRoot(); });
 }
@@ -44,6 +51,14 @@ void OrvaneTalkApp::finishLaunching() {
     m_push = std::make_unique<UnifiedPush>();
     m_delegate = std::make_unique<AppDelegate>(*m_push, m_session);
     m_delegate->applicationDidFinishLaunching();
+    if (m_session.isLoggedIn)
+        sendWhatWaits();
+    showInDesktop();
+}
+
+void OrvaneTalkApp::sendWhatWaits() {
+    // Made, the queue drains as soon as there is a network.
+    MessengerOfflineQueue::shared();
 }
 
 void OrvaneTalkApp::switchRoot() {
@@ -52,13 +67,46 @@ void OrvaneTalkApp::switchRoot() {
     const std::shared_ptr<MessengerChatListView> closingList = std::move(m_chatList);
     if (m_session.isLoggedIn)
         m_chatList = makeScreen<MessengerChatListView>(
-            MessengerChatListView::Parts{m_session, MessengerAPI::shared(), MessengerWebSocket::shared(),
-                                         &ChatNotificationBridge::shared, encryption()});
+            MessengerChatListView::Parts{{.api = MessengerAPI::shared(),
+                                          .socket = MessengerWebSocket::shared(),
+                                          .encryption = encryption()},
+                                         m_session});
     else
         m_auth = makeScreen<AuthView>(m_session, MessengerAPI::shared(), OrvaneTalkEndpoint::baseURL());
     Q_EMIT rootChanged();
-    if (m_chatList)
-        setupCryptoAndPreKeys();
+    m_showBadge.start();
+    if (!m_chatList)
+        return;
+    connect(m_chatList.get(), &MessengerChatListView::badgeChanged, &m_showBadge, [this] {
+        if (!m_showBadge.isActive())
+            m_showBadge.start();
+    });
+    setupCryptoAndPreKeys();
+    if (m_delegate)
+        sendWhatWaits();
+}
+
+void OrvaneTalkApp::showInDesktop() {
+    m_launcher = std::make_unique<LauncherBadge>();
+    m_tray = std::make_unique<TrayIcon>(&trayImage);
+    connect(m_tray.get(), &TrayIcon::hostedChanged, this,
+            [this] { QGuiApplication::setQuitOnLastWindowClosed(!m_tray->isHosted()); });
+    connect(m_tray.get(), &TrayIcon::activated, this, &OrvaneTalkApp::windowWanted);
+    connect(m_tray.get(), &TrayIcon::quitChosen, qApp, &QCoreApplication::quit);
+    connect(&NotificationCentre::shared(), &NotificationCentre::posted, this, [this](const QString &name) {
+        if (name == orvaneOpenChat)
+            Q_EMIT windowWanted();
+    });
+    showBadge();
+}
+
+void OrvaneTalkApp::showBadge() {
+    if (!m_tray)
+        return;
+    const qint64 count = m_chatList ? m_chatList->unreadSum() : 0;
+    const QString label = m_chatList ? m_chatList->badge() : QString();
+    m_launcher->show(count, label);
+    m_tray->show(count, label);
 }
 
 const EndToEnd *OrvaneTalkApp::encryption() const {

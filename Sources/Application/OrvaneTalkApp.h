@@ -4,6 +4,8 @@
 #include "Application/AuthView.h"
 #include "ChatList/MessengerChatListView.h"
 #include "Encryption/EndToEnd.h"
+#include "Platform/LauncherBadge.h"
+#include "Platform/TrayIcon.h"
 
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
@@ -38,10 +40,16 @@ public:
 Q_SIGNALS:
     void rootChanged();
     void listWidthChanged();
+    /// The window is to be shown, in front.
+    void windowWanted();
 
 private:
     void switchRoot();
     void setupCryptoAndPreKeys();
+    /// The messages of earlier that could not go out.
+    static void sendWhatWaits();
+    void showInDesktop();
+    void showBadge();
     /// Null where the end-to-end layer is off.
     const EndToEnd *encryption() const;
 
@@ -50,6 +58,10 @@ private:
     EndToEnd m_engines;
     std::unique_ptr<RemoteNotifications> m_push;
     std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<LauncherBadge> m_launcher;
+    std::unique_ptr<TrayIcon> m_tray;
+    /// Messages may come faster than the desktop can draw their number.
+    QTimer m_showBadge;
     int m_listWidth;
     /// Dragging changes the width many times a second; the disk hears of the last one.
     QTimer m_saveListWidth;

@@ -23,6 +23,13 @@ void keepMemorySmall() {
     }
 }
 
+void bringUp(QQuickWindow &window) {
+    window.setVisible(true);
+    window.setWindowStates(window.windowStates() & ~Qt::WindowMinimized);
+    window.raise();
+    window.requestActivate();
+}
+
 } // namespace
 
 int main(int argc, char *argv[]) {
@@ -41,9 +48,12 @@ int main(int argc, char *argv[]) {
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     engine.load(QStringLiteral("qrc:/OrvaneTalk/Application/MainWindow.qml"));
     for (QObject *root : engine.rootObjects()) {
-        if (const auto *window = qobject_cast<QQuickWindow *>(root))
-            QObject::connect(window, &QQuickWindow::frameSwapped, &app,
-                             &orvane::OrvaneTalkApp::finishLaunching, Qt::SingleShotConnection);
+        auto *window = qobject_cast<QQuickWindow *>(root);
+        if (!window)
+            continue;
+        QObject::connect(window, &QQuickWindow::frameSwapped, &app, &orvane::OrvaneTalkApp::finishLaunching,
+                         Qt::SingleShotConnection);
+        QObject::connect(&app, &orvane::OrvaneTalkApp::windowWanted, window, [window] { bringUp(*window); });
     }
     return QGuiApplication::exec();
 }

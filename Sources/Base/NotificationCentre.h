@@ -23,5 +23,7 @@ Q_SIGNALS:
 
 /// A chat is to be opened: `chat_id`.
 inline const auto orvaneOpenChat = QStringLiteral("orvaneOpenChat");
+/// A message came directly over the local network: `peer_id`, `chat_id` and `message`, the record as it came.
+inline const auto orvaneP2PMessage = QStringLiteral("orvaneP2PMessage");
 
 } // namespace orvane

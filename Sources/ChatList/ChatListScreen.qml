@@ -2,6 +2,7 @@ import QtQuick
 import OrvaneTalk.ChatList
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
+import OrvaneTalk.LocalNetwork
 
 // The list of chats beside the open chat.
 FocusScope {
@@ -67,6 +68,20 @@ FocusScope {
         sourceComponent: NewFolderSheet {
             folders: root.screen.folders
             onClosed: root.screen.folders.showNewFolderAlert = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.showContacts
+        sourceComponent: ContactsSheet {
+            screen: root.screen.contactList()
+            onClosed: root.screen.showContacts = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.showP2P
+        sourceComponent: P2PLanPanel {
+            panel: root.screen.p2pPanel()
+            onClosed: root.screen.showP2P = false
         }
     }
     SheetLoader {

@@ -26,13 +26,20 @@ FocusScope {
         PlainText {
             anchors {
                 left: parent.left; leftMargin: Theme.gap16
-                right: parent.right; rightMargin: Theme.gap16
+                right: directDelivery.left; rightMargin: Theme.gap8
                 verticalCenter: parent.verticalCenter
             }
             text: "OrvaneTalk"
             font: Theme.titleFont
             Accessible.role: Accessible.Heading
             Accessible.name: text
+        }
+        SymbolButton {
+            id: directDelivery
+            anchors { right: parent.right; rightMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
+            symbol: "link"
+            text: "P2P"
+            onClicked: root.screen.showP2P = true
         }
     }
     SearchField {
@@ -113,16 +120,23 @@ FocusScope {
             color: Theme.divider
         }
         SymbolButton {
+            anchors { left: parent.left; leftMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
+            symbol: "person.crop.circle.badge.plus"
+            text: "Contacts"
+            onClicked: root.screen.showContacts = true
+        }
+        SymbolButton {
+            anchors { right: newGroup.left; rightMargin: Theme.gap8; verticalCenter: parent.verticalCenter }
+            symbol: "megaphone.fill"
+            text: "New Channel"
+            onClicked: root.screen.channels.showNewChannel = true
+        }
+        SymbolButton {
+            id: newGroup
             anchors { right: parent.right; rightMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
             symbol: "person.3.fill"
             text: "New Group"
             onClicked: root.screen.newGroup.showNewGroup = true
-        }
-        SymbolButton {
-            anchors { left: parent.left; leftMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
-            symbol: "megaphone.fill"
-            text: "New Channel"
-            onClicked: root.screen.channels.showNewChannel = true
         }
     }
 }

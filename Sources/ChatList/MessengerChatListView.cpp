@@ -9,6 +9,8 @@
 #include "ChatList/NameOf.h"
 #include "Model/MessengerMock.h"
 
+#include <QJSEngine>
+
 #include <algorithm>
 #include <utility>
 
@@ -28,6 +30,13 @@ MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     user.status =
         json::text(record, u"status") == QLatin1String("online") ? UserStatus::online : UserStatus::offline;
     return user;
+}
+
+/// QML would otherwise delete what a call gives it.
+template <typename Screen>
+Screen *keptHere(const std::shared_ptr<Screen> &screen) {
+    QJSEngine::setObjectOwnership(screen.get(), QJSEngine::CppOwnership);
+    return screen.get();
 }
 
 MessengerMessage lastMessageOf(const QJsonObject &raw, const QString &chatID, const QString &senderID,
@@ -111,8 +120,8 @@ void MessengerChatListView::openAssistant() {
 }
 
 void MessengerChatListView::openSavedChat() {
-    if (savedChatID.value())
-        selectedChatID = *savedChatID.value();
+    if (const std::optional<QString> &saved = savedChatID.value())
+        selectedChatID = *saved;
     else
         launch(findSavedChat(shared_from_this()));
 }
@@ -178,7 +187,17 @@ QList<MessengerUser> MessengerChatListView::people() const {
 
 StarredMessagesView *MessengerChatListView::starredMessages() {
     m_starred = makeScreen<StarredMessagesView>(m_parts.session, m_parts.api, contacts);
-    return m_starred.get();
+    return keptHere(m_starred);
+}
+
+MessengerContactListView *MessengerChatListView::contactList() {
+    m_contactList = makeScreen<MessengerContactListView>(m_parts.session, m_parts.api, m_parts.importer());
+    return keptHere(m_contactList);
+}
+
+P2PLanPanelView *MessengerChatListView::p2pPanel() {
+    m_p2pPanel = makeScreen<P2PLanPanelView>(m_parts.lan());
+    return keptHere(m_p2pPanel);
 }
 
 QCoro::Task<void> MessengerChatListView::registerDevice(Self self) {
@@ -356,14 +375,13 @@ void MessengerChatListView::openSelectedChat() {
     // The screen that closes may still be drawn, and its tasks may still be running.
     const std::shared_ptr<MessengerChatView> closing = std::move(m_openChat);
     if (chat) {
-        m_openChat = makeScreen<MessengerChatView>(*chat, contacts, m_parts.session.userIdText(), m_parts.api,
-                                                   m_parts.socket, m_parts.encryption);
-        m_openChat->loadMessages();
+        m_openChat = makeScreen<MessengerChatView>(*chat, contacts, m_parts.session.userIdText(), m_parts);
+        m_openChat->appear();
     }
-    if (closing || m_openChat) {
-        m_parts.notifications().activeChatID = chat ? std::optional(chat->id) : std::nullopt;
+    if (closing)
+        closing->disappear();
+    if (closing || m_openChat)
         Q_EMIT openChatChanged();
-    }
 }
 
 void MessengerChatListView::updateDockBadge() {

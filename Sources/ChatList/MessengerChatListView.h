@@ -2,12 +2,15 @@
 
 #include "Base/Observable.h"
 #include "ChatList/Channels.h"
+#include "ChatList/ContactImporter.h"
 #include "ChatList/Folders.h"
 #include "ChatList/MessageSearch.h"
+#include "ChatList/MessengerContactListView.h"
 #include "ChatList/NewGroup.h"
 #include "ChatList/SortedChats.h"
 #include "ChatList/StarredMessagesView.h"
 #include "Conversation/MessengerChatView.h"
+#include "LocalNetwork/P2PLanPanelView.h"
 #include "Server/ChatNotificationBridge.h"
 #include "Server/MessengerAPI.h"
 #include "Server/MessengerWebSocket.h"
@@ -43,6 +46,7 @@ class MessengerChatListView : public QObject, public std::enable_shared_from_thi
     OBSERVABLE(QString, selectedChatID)
     OBSERVABLE(bool, showContacts)
     OBSERVABLE(bool, showStarred)
+    OBSERVABLE(bool, showP2P)
     OBSERVABLE(std::optional<QString>, savedChatID)
     OBSERVABLE(qint64, starredCount)
     OBSERVABLE(qint64, mentionsCount)
@@ -54,14 +58,13 @@ class MessengerChatListView : public QObject, public std::enable_shared_from_thi
     OBSERVABLE(int, pinsRevision)
 
 public:
-    /// What the screen stands on; it all outlives it. Without `encryption` the end-to-end layer is off.
-    struct Parts {
+    /// What the screen and the chats that it opens stand on; it all outlives them.
+    struct Parts : ChatParts {
         MessengerSession &session;
-        MessengerAPI &api;
-        MessengerWebSocket &socket;
         /// Made at its first use.
-        std::function<ChatNotificationBridge &()> notifications;
-        const EndToEnd *encryption = nullptr;
+        std::function<ContactImporter &()> importer = &ContactImporter::shared;
+        /// Likewise.
+        std::function<MessengerP2PLanService &()> lan = &MessengerP2PLanService::shared;
     };
     explicit MessengerChatListView(const Parts &parts);
 
@@ -109,8 +112,12 @@ public:
     Q_INVOKABLE QString spokenChat(const orvane::MessengerChat &chat) const;
     /// Everybody known, by name.
     Q_INVOKABLE QList<orvane::MessengerUser> people() const;
-    /// A new sheet of starred messages; the caller owns it.
+    /// A new sheet of starred messages; there is one at a time.
     Q_INVOKABLE orvane::StarredMessagesView *starredMessages();
+    /// A new sheet of contacts, likewise.
+    Q_INVOKABLE orvane::MessengerContactListView *contactList();
+    /// A new sheet of direct delivery, likewise.
+    Q_INVOKABLE orvane::P2PLanPanelView *p2pPanel();
 
 Q_SIGNALS:
     void openChatChanged();
@@ -144,6 +151,8 @@ private:
     std::shared_ptr<Channels> m_channels;
     std::shared_ptr<Folders> m_folders;
     std::shared_ptr<StarredMessagesView> m_starred;
+    std::shared_ptr<MessengerContactListView> m_contactList;
+    std::shared_ptr<P2PLanPanelView> m_p2pPanel;
     std::shared_ptr<MessengerChatView> m_openChat;
     qint64 m_shownSum = 0;
     QMetaObject::Connection wsObserver;

@@ -2,20 +2,12 @@
 
 #include "Base/Json.h"
 #include "Base/Task.h"
+#include "ChatList/Blanks.h"
 #include "ChatList/ChatAnswer.h"
 
 namespace orvane {
 
 namespace {
-
-QString withoutBlanks(QString text) {
-    const auto isBlank = [](QChar c) { return c.category() == QChar::Separator_Space || c == u'\t'; };
-    while (!text.isEmpty() && isBlank(text.front()))
-        text.remove(0, 1);
-    while (!text.isEmpty() && isBlank(text.back()))
-        text.chop(1);
-    return text;
-}
 
 QStringList remoteIdsIn(const QString &text) {
     QStringList ids;

@@ -7,6 +7,9 @@ Item {
     id: root
 
     required property MessengerChatView screen
+    /// A group that was just made does not list its maker yet.
+    readonly property int members: screen.chat.participants.length
+        + (screen.chat.participants.includes(screen.currentUserID) ? 0 : 1)
 
     implicitHeight: Theme.rowHeight
 
@@ -26,7 +29,7 @@ Item {
         }
         PlainText {
             width: parent.width
-            text: root.screen.title
+            text: root.screen.activeBotName ?? root.screen.title
             font: Theme.headingFont
             Accessible.role: Accessible.Heading
             Accessible.name: text
@@ -34,8 +37,7 @@ Item {
         PlainText {
             width: parent.width
             visible: root.screen.chat.type !== "direct"
-            text: root.screen.chat.participants.length === 1 ? "1 member"
-                : root.screen.chat.participants.length + " members"
+            text: root.members === 1 ? "1 member" : root.members + " members"
             font: Theme.secondaryFont
             color: Theme.dimmed
         }
@@ -45,6 +47,30 @@ Item {
         anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
         spacing: Theme.gap8
 
+        SymbolButton {
+            id: summary
+            anchors.verticalCenter: parent.verticalCenter
+            symbol: "text.and.command.macwindow"
+            text: "Summary"
+            onClicked: periods.popup(summary, 0, summary.height)
+
+            ContextMenu {
+                id: periods
+
+                ContextMenuItem {
+                    text: "Today"
+                    onTriggered: root.screen.summarizeAction("day")
+                }
+                ContextMenuItem {
+                    text: "This week"
+                    onTriggered: root.screen.summarizeAction("week")
+                }
+                ContextMenuItem {
+                    text: "Everything"
+                    onTriggered: root.screen.summarizeAction("all")
+                }
+            }
+        }
         ExperimentBadge {
             visible: root.screen.isEncrypting
             text: "CRYPTO EXP"

@@ -1,12 +1,15 @@
 import QtQuick
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
+import OrvaneTalk.RichContent
 
-// The open chat: header, messages, input.
+// The open chat: header, strips over the messages, messages, strips over the input, input. However many strips
+// there are, the messages keep some room.
 FocusScope {
     id: root
 
     required property MessengerChatView screen
+    readonly property int room: height - header.height - input.height
 
     onScreenChanged: input.forceActiveFocus()
 
@@ -14,17 +17,87 @@ FocusScope {
         id: header
         anchors { left: parent.left; right: parent.right; top: parent.top }
         screen: root.screen
+        z: 1
+    }
+    StripStack {
+        id: top
+        anchors { left: parent.left; right: parent.right; top: header.bottom }
+        tallest: Math.round(root.room * 0.35)
+
+        PinnedPanel {
+            width: parent.width
+            screen: root.screen
+        }
+        ContextBanner {
+            width: parent.width
+            screen: root.screen
+        }
+        SummaryBanner {
+            width: parent.width
+            screen: root.screen
+        }
     }
     MessageList {
-        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: input.top }
+        anchors { left: parent.left; right: parent.right; top: top.bottom; bottom: bottom.top }
         screen: root.screen
+    }
+    StripStack {
+        id: bottom
+        anchors { left: parent.left; right: parent.right; bottom: input.top }
+        tallest: Math.round(root.room * 0.5)
+
+        TypingIndicator {
+            width: parent.width
+            line: root.screen.typingLine
+        }
+        SmartReplyBar {
+            width: parent.width
+            screen: root.screen
+        }
+        AIAgentResultView {
+            width: parent.width
+            screen: root.screen
+        }
+        AIPanel {
+            id: assistant
+            width: parent.width
+            screen: root.screen
+        }
+        Loader {
+            width: parent.width
+            height: active ? implicitHeight : 0
+            active: root.screen.showStickerPicker
+            sourceComponent: StickerPicker {
+                onSelect: emoji => root.screen.sendSticker(emoji)
+                Component.onCompleted: forceActiveFocus()
+                Keys.onEscapePressed: {
+                    root.screen.showStickerPicker = false;
+                    input.forceActiveFocus();
+                }
+            }
+        }
+        ReplyBanner {
+            width: parent.width
+            screen: root.screen
+        }
     }
     MessengerInputBar {
         id: input
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         focus: true
         text: root.screen.inputText
+        isInputFocused: root.screen.isInputFocused
+        onFocusTold: focused => root.screen.isInputFocused = focused
         onEdited: newText => root.screen.inputText = newText
         onSend: root.screen.sendMessage()
+        onSticker: root.screen.showStickerPicker = !root.screen.showStickerPicker
+        onPoll: root.screen.showPollCreator = true
+        onAiToggle: root.screen.showAIPanel = !root.screen.showAIPanel
+        onEditLast: root.screen.editLastOwnMessage()
+        onEscaped: root.screen.cancelReply()
+    }
+
+    ChatSheets {
+        screen: root.screen
     }
 }

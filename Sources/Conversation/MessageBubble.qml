@@ -3,11 +3,12 @@ import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
 import OrvaneTalk.Model
 
-// A message's text with its time, and for own ones how far it got.
+// A message's text with what belongs to it: who it is from, what it answers, its translation, its time.
 Rectangle {
     id: root
 
     required property messengerMessage record
+    required property MessengerChatView screen
     required property int maximumWidth
     required property bool own
     required property bool endsRun
@@ -18,16 +19,24 @@ Rectangle {
     /// Characters of a very long message that are laid out; the rest comes on demand, a piece at a time.
     property int shownLength: pieceLength
     readonly property int pieceLength: 8000
-    readonly property bool isCut: record.content.length > shownLength
+    readonly property string text: screen.plainText(record.content)
+    readonly property bool isCut: text.length > shownLength
+    readonly property string translation: screen.translatedText[record.id] ?? ""
+    readonly property messengerMessage replied: screen.messageWithId(record.replyToID ?? "")
 
     readonly property color ink: own ? Theme.onOwnBubble : Theme.text
     readonly property color dimmedInk: own ? Theme.dimmedOnOwnBubble : Theme.dimmed
     readonly property int roomForText: maximumWidth - 2 * Theme.gap12
     /// The time stands beside the end of the last line where there is room, else below it.
     readonly property bool timeFitsBeside:
-        !isCut && content.lineCount <= 1 && content.implicitWidth + Theme.gap8 + meta.width <= roomForText
+        !isCut && !translated.visible && content.lineCount <= 1
+        && content.implicitWidth + Theme.gap8 + meta.width <= roomForText
 
-    width: 2 * Theme.gap12 + Math.max(name.visible ? Math.min(name.implicitWidth, roomForText) : 0,
+    function roomOf(item) {
+        return item.visible ? Math.min(item.implicitWidth, roomForText) : 0;
+    }
+
+    width: 2 * Theme.gap12 + Math.max(roomOf(name), roomOf(forwarded), roomOf(quote), roomOf(translated),
                                       timeFitsBeside ? content.width + Theme.gap8 + meta.width
                                                      : Math.max(content.width, meta.width))
     height: meta.y + meta.height + Theme.gap8
@@ -51,25 +60,51 @@ Rectangle {
         color: "transparent"
         border { width: 2; color: Theme.accent }
     }
-    PlainText {
-        id: name
-        visible: text
+    Column {
+        id: above
         x: Theme.gap12
         y: Theme.gap8
         width: root.width - 2 * Theme.gap12
-        text: root.sender
-        font.family: Theme.secondaryFont.family
-        font.pixelSize: Theme.secondaryFont.pixelSize
-        font.weight: Font.DemiBold
-        color: Theme.accent
-        Accessible.ignored: true
+        spacing: 2
+        bottomPadding: height > 0 ? 2 : 0
+
+        PlainText {
+            id: name
+            visible: text
+            width: parent.width
+            text: root.sender
+            font.family: Theme.secondaryFont.family
+            font.pixelSize: Theme.secondaryFont.pixelSize
+            font.weight: Font.DemiBold
+            color: Theme.accent
+            Accessible.ignored: true
+        }
+        PlainText {
+            id: forwarded
+            visible: root.record.forwardedFrom !== undefined
+            width: parent.width
+            text: visible ? "Forwarded from " + root.record.forwardedFrom.originalSenderName : ""
+            font: Theme.secondaryFont
+            color: root.dimmedInk
+            Accessible.ignored: true
+        }
+        MessageQuote {
+            id: quote
+            visible: root.replied.id !== ""
+            width: parent.width
+            sender: root.replied.senderID === root.screen.currentUserID ? "You"
+                  : root.screen.senderName(root.replied.senderID)
+            text: visible ? root.screen.plainText(root.replied.content).slice(0, 200).replace(/\s+/g, " ") : ""
+            ink: root.dimmedInk
+            accent: root.own ? Theme.onOwnBubble : Theme.accent
+        }
     }
     TextEdit {
         id: content
         x: Theme.gap12
-        y: Theme.gap8 + (name.visible ? name.height + 2 : 0)
+        y: above.y + above.height
         width: Math.min(implicitWidth, root.roomForText)
-        text: root.isCut ? root.record.content.slice(0, root.shownLength) + "…" : root.record.content
+        text: root.isCut ? root.text.slice(0, root.shownLength) + "…" : root.text
         textFormat: TextEdit.PlainText
         wrapMode: TextEdit.Wrap
         readOnly: true
@@ -92,44 +127,42 @@ Rectangle {
         color: root.ink
         onClicked: root.shownLength += root.pieceLength
     }
-    Row {
+    Item {
+        id: translated
+        visible: root.translation
+        x: Theme.gap12
+        y: more.visible ? more.y + more.height : content.y + content.height + Theme.gap4
+        width: root.width - 2 * Theme.gap12
+        implicitWidth: mark.width + Theme.gap8 + translation.implicitWidth
+        height: visible ? translation.height + Theme.gap4 : 0
+
+        Symbol {
+            id: mark
+            y: 2
+            name: "globe"
+            size: 14
+            color: root.dimmedInk
+        }
+        PlainText {
+            id: translation
+            x: mark.width + Theme.gap8
+            width: root.roomForText - x < implicitWidth ? root.roomForText - x : implicitWidth
+            text: root.translation
+            wrapMode: Text.Wrap
+            elide: Text.ElideNone
+            color: root.ink
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+        }
+    }
+    MessageMeta {
         id: meta
         x: root.width - width - Theme.gap12
         y: root.timeFitsBeside ? content.y + content.height - height
+         : translated.visible ? translated.y + translated.height
          : more.visible ? more.y + more.height : content.y + content.height + 2
-        spacing: Theme.gap4
-
-        PlainText {
-            text: DisplayTimes.clock(root.record.timestamp)
-            font: Theme.captionFont
-            color: root.dimmedInk
-            Accessible.ignored: true
-
-            HoverHandler { id: hover }
-        }
-        Symbol {
-            visible: root.own
-            anchors.verticalCenter: parent.verticalCenter
-            size: 12
-            color: root.dimmedInk
-            name: root.record.deliveryStatus === "sending" ? "clock"
-                : root.record.deliveryStatus === "failed" ? "exclamationmark.circle.fill" : "checkmark"
-        }
-    }
-    Rectangle {
-        visible: hover.hovered
-        anchors { bottom: meta.top; bottomMargin: Theme.gap4; right: meta.right }
-        width: tip.implicitWidth + 2 * Theme.gap8
-        height: tip.implicitHeight + Theme.gap8
-        radius: Theme.controlRadius
-        color: Theme.pressed
-        z: 1
-
-        PlainText {
-            id: tip
-            anchors.centerIn: parent
-            text: hover.hovered ? DisplayTimes.full(root.record.timestamp) : ""
-            font: Theme.captionFont
-        }
+        record: root.record
+        own: root.own
+        ink: root.dimmedInk
     }
 }

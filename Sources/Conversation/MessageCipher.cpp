@@ -53,8 +53,14 @@ QString MessageCipher::sealed(const QString &text) {
             // Dropped on purpose: the next way is tried.
         }
     }
+    return sealedPairwise(m_chat.id, text);
+}
+
+QString MessageCipher::sealedPairwise(const QString &chatID, const QString &text) {
+    if (!isOn())
+        return text;
     try {
-        return crypto.encrypt(m_chat.id, text).toContent();
+        return m_engines->crypto().encrypt(chatID, text).toContent();
     } catch (const std::exception &) {
         // Dropped on purpose: without a session the text goes out in the clear.
         return text;
@@ -100,6 +106,8 @@ std::optional<QString> MessageCipher::openedForGroup(const QString &content) {
 }
 
 std::optional<QString> MessageCipher::openedPairwise(const QString &content) {
+    if (!isOn())
+        return std::nullopt;
     MessengerCrypto &crypto = m_engines->crypto();
     if (!crypto.hasSession(m_chat.id))
         return std::nullopt;

@@ -41,6 +41,10 @@ public:
     QCoro::Task<QString> historyContent(QJsonObject raw, QString content);
     /// The content of a message that arrives while the chat is open; group keys are not tried.
     QCoro::Task<QString> liveContent(QJsonObject raw, QString content);
+    /// A content as a person reads it: opened if it is sealed and the session can.
+    QString plainText(const QString &content) { return openedPairwise(content).value_or(content); }
+    /// Sealed for any chat with which there is a session.
+    QString sealedPairwise(const QString &chatID, const QString &text);
 
 private:
     QString sealed(const QString &text);

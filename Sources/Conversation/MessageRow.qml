@@ -20,12 +20,28 @@ FocusScope {
         return screen.placement(index);
     }
     readonly property bool namesSender: !own && screen.chat.type === "group"
+    readonly property int maximumWidth: Math.round(columnWidth * 0.78)
+    readonly property bool focused: activeFocus && ListView.isCurrentItem
 
-    implicitHeight: bubble.y + bubble.height
+    signal menuRequested
+
+    implicitHeight: body.y + body.height + (reactions.visible ? reactions.height + Theme.gap4 : 0)
     Accessible.role: Accessible.ListItem
     Accessible.name: screen.spokenMessage(record)
     Accessible.focusable: true
+    Component.onCompleted: if (Date.now() - record.timestamp.getTime() < 500) entrance.start()
 
+    Spring {
+        id: entrance
+
+        property real progress: 1
+
+        target: entrance
+        property: "progress"
+        response: root.own ? 0.35 : 0.4
+        dampingFraction: root.own ? 0.7 : 0.8
+        easing.type: Easing.Linear
+    }
     DayBreak {
         id: day
         anchors { left: parent.left; right: parent.right; top: parent.top }
@@ -34,7 +50,7 @@ FocusScope {
     }
     Avatar {
         visible: root.namesSender && root.placement.endsRun
-        anchors { left: column.left; bottom: bubble.bottom }
+        anchors { left: column.left; bottom: body.bottom }
         size: 32
         hueId: root.record.senderID
         name: root.screen.senderName(root.record.senderID)
@@ -44,15 +60,68 @@ FocusScope {
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.columnWidth
     }
-    MessageBubble {
-        id: bubble
+    Loader {
+        id: body
+
+        readonly property real grown: entrance.valueAt(entrance.progress)
+
         y: (root.placement.startsDay ? day.height : 0) + (root.placement.startsRun ? Theme.gap12 : 2)
         x: root.own ? column.x + column.width - width : column.x + (root.namesSender ? 32 + Theme.gap8 : 0)
-        maximumWidth: Math.round(root.columnWidth * 0.78)
-        own: root.own
-        endsRun: root.placement.endsRun
-        sender: root.namesSender && root.placement.startsRun ? root.screen.senderName(root.record.senderID) : ""
+        opacity: Math.min(1, grown * 2)
+        scale: 0.8 + 0.2 * grown
+        transformOrigin: root.own ? Item.BottomRight : Item.BottomLeft
+        sourceComponent: root.record.poll !== undefined ? poll : root.record.type === "sticker" ? sticker : bubble
+    }
+    ReactionsRow {
+        id: reactions
+        visible: root.record.reactions.length > 0
+        y: body.y + body.height + Theme.gap4
+        x: root.own ? column.x + column.width - width : body.x
+        width: root.maximumWidth
         record: root.record
-        focused: root.activeFocus && root.ListView.isCurrentItem
+        own: root.own
+    }
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+        onTapped: root.menuRequested()
+    }
+    TapHandler {
+        acceptedDevices: PointerDevice.TouchScreen
+        onLongPressed: root.menuRequested()
+    }
+
+    Component {
+        id: bubble
+
+        MessageBubble {
+            maximumWidth: root.maximumWidth
+            own: root.own
+            endsRun: root.placement.endsRun
+            sender: root.namesSender && root.placement.startsRun ? root.screen.senderName(root.record.senderID) : ""
+            screen: root.screen
+            record: root.record
+            focused: root.focused
+        }
+    }
+    Component {
+        id: sticker
+
+        StickerBubble {
+            screen: root.screen
+            record: root.record
+            own: root.own
+            focused: root.focused
+        }
+    }
+    Component {
+        id: poll
+
+        PollBubble {
+            width: Math.min(root.maximumWidth, 360)
+            screen: root.screen
+            record: root.record
+            own: root.own
+            focused: root.focused
+        }
     }
 }

@@ -1,11 +1,10 @@
 #include "Conversation/MessengerChatView.h"
 
-#include "Base/FreshId.h"
 #include "Base/Json.h"
+#include "Base/LogLine.h"
 #include "Base/Task.h"
-#include "Base/Times.h"
-#include "Server/ApiError.h"
-#include "Session/UserIdText.h"
+#include "Conversation/ChatExport.h"
+#include "Platform/Folders.h"
 
 #include <algorithm>
 
@@ -19,29 +18,93 @@ constexpr int spokenLength = 2000;
 } // namespace
 
 MessengerChatView::MessengerChatView(const MessengerChat &openChat, const Contacts &knownContacts,
-                                     const QString &userID, MessengerAPI &api, MessengerWebSocket &socket,
-                                     const EndToEnd *encryption)
+                                     const QString &userID, const ChatParts &parts)
     : chat(openChat)
     , contacts(knownContacts)
     , currentUserID(userID)
-    , m_api(api)
-    , m_socket(socket)
-    , m_cipher(chat, api, encryption)
-    , m_encryption(encryption) {}
+    , m_parts(parts)
+    , m_cipher(chat, parts.api, parts.encryption)
+    , m_pinned(pinnedMessageIDs.addNotifier([this] { Q_EMIT pinnedChanged(); }))
+    , m_typing(typingUserIDs.addNotifier([this] { Q_EMIT typingChanged(); })) {
+    const auto pinnedMayDiffer = [this] {
+        if (!pinnedMessageIDs.value().isEmpty())
+            Q_EMIT pinnedChanged();
+    };
+    connect(&messages, &RecordListModel::countChanged, this, pinnedMayDiffer);
+    connect(&messages, &RecordListModel::dataChanged, this, pinnedMayDiffer);
+}
 
 QString MessengerChatView::title() const {
     return chat.displayName(currentUserID, contacts);
 }
 
 QString MessengerChatView::fingerprint() const {
-    return m_encryption ? m_encryption->crypto().fingerprint.value() : QString();
+    return m_parts.encryption ? m_parts.encryption->crypto().fingerprint.value() : QString();
+}
+
+void MessengerChatView::appear() {
+    loadMessages();
+    if (chat.aiEnabled)
+        m_assistant.analyzeChat();
+    subscribeP2P();
+    loadBotMeta();
+    m_parts.notifications().activeChatID = chat.id;
+    m_forwarding.loadAvailableChats();
+}
+
+void MessengerChatView::disappear() {
+    std::optional<QString> &active = m_parts.notifications().activeChatID;
+    // The screen that follows may have appeared already.
+    if (active == chat.id)
+        active = std::nullopt;
 }
 
 void MessengerChatView::loadMessages() {
-    isLoading = true;
     launch(establishSession(shared_from_this()));
-    launch(loadHistory(shared_from_this()));
-    QObject::connect(&m_socket, &MessengerWebSocket::events, this, &MessengerChatView::handleEvent);
+    m_history.load();
+    connect(&m_parts.socket, &MessengerWebSocket::events, this,
+            [this](const WSEvent &event) { m_events.handle(event); });
+}
+
+void MessengerChatView::subscribeP2P() {
+    connect(&m_parts.centre, &NotificationCentre::posted, this,
+            [this](const QString &name, const QJsonObject &userInfo) {
+                if (name == orvaneP2PMessage)
+                    m_events.handleDirect(userInfo);
+            });
+}
+
+QCoro::Task<void> MessengerChatView::establishSession(Self self) {
+    co_await self->m_cipher.establishSession(self->peerId());
+}
+
+void MessengerChatView::loadBotMeta() {
+    if (chat.type != ChatType::direct || peerId().isEmpty())
+        return;
+    const auto peer = contacts.constFind(peerId());
+    if (peer == contacts.constEnd() || !peer->isAI) {
+        launch(findBot(shared_from_this()));
+        return;
+    }
+    activeBotId = peer->id;
+    activeBotName = peer->displayName;
+}
+
+QCoro::Task<void> MessengerChatView::findBot(Self self) {
+    try {
+        const QList<QJsonObject> found =
+            co_await self->m_parts.api.searchUsers(self->peerId(), self->currentUserID);
+        if (found.isEmpty())
+            co_return;
+        const QJsonObject &user = found.first();
+        const QString username = json::text(user, u"username").value_or(QString());
+        if (!json::boolean(user, u"is_bot").value_or(false) && !username.startsWith(QLatin1String("bot_")))
+            co_return;
+        self->activeBotId = self->peerId();
+        self->activeBotName = json::text(user, u"display_name").value_or(username);
+    } catch (const std::exception &) {
+        // Dropped on purpose: the chat is shown as one with a person.
+    }
 }
 
 void MessengerChatView::sendMessage() {
@@ -49,7 +112,91 @@ void MessengerChatView::sendMessage() {
     if (text.trimmed().isEmpty())
         return;
     inputText = QString();
-    launch(send(shared_from_this(), text));
+    if (text.startsWith(u'/'))
+        handleSlash(text);
+    else
+        m_sender.sendText(text);
+}
+
+void MessengerChatView::handleSlash(const QString &text) {
+    const QString command = text.section(u' ', 0, 0, QString::SectionSkipEmpty).toLower();
+    if (command == QLatin1String("/export"))
+        Q_EMIT exportRequested(exportedConversation(*this));
+}
+
+QUrl MessengerChatView::exportFolder() const {
+    return QUrl::fromLocalFile(folders::documents());
+}
+
+void MessengerChatView::saveExport(const QUrl &file, const QString &text) {
+    writeExport(file, text);
+}
+
+void MessengerChatView::votePoll(const MessengerPoll &poll) {
+    const int row = rowOfPoll(poll.id);
+    if (row < 0)
+        return;
+    changeAt(row, [&](MessengerMessage &message) { message.poll = poll; });
+    for (const PollOption &option : poll.options) {
+        if (option.voters.contains(currentUserID))
+            m_parts.socket.send({{QStringLiteral("type"), QStringLiteral("poll_vote")},
+                                 {QStringLiteral("user_id"), currentUserID},
+                                 {QStringLiteral("poll_id"), poll.id},
+                                 {QStringLiteral("option_id"), option.id},
+                                 {QStringLiteral("chat_id"), chat.id}});
+    }
+}
+
+void MessengerChatView::editLastOwnMessage() {
+    const auto &records = messages.records();
+    const auto last =
+        std::find_if(records.crbegin(), records.crend(), [this](const MessengerMessage &message) {
+            return message.senderID == currentUserID && message.type == MessageType::text;
+        });
+    if (last != records.crend())
+        m_actions.edit(*last);
+}
+
+void MessengerChatView::performDelete() {
+    if (const auto &message = deletingMessage.value())
+        m_actions.performDelete(*message);
+    deletingMessage = std::nullopt;
+}
+
+void MessengerChatView::scrollToPinned() const {
+    logLine(QStringLiteral("[Pin] scroll requested"));
+}
+
+void MessengerChatView::replyTo(const MessengerMessage &message) {
+    replyToMessage = message;
+    isInputFocused = true;
+}
+
+void MessengerChatView::closeContext() {
+    chatContext = std::nullopt;
+    unansweredQuestions = QStringList();
+}
+
+bool MessengerChatView::isPinned(const QString &messageID) const {
+    return pinnedMessageIDs.value().contains(messageID);
+}
+
+QList<MessengerMessage> MessengerChatView::pinnedMessages() const {
+    QList<MessengerMessage> pinned;
+    std::copy_if(messages.records().cbegin(), messages.records().cend(), std::back_inserter(pinned),
+                 [this](const MessengerMessage &message) { return isPinned(message.id); });
+    return pinned;
+}
+
+QString MessengerChatView::typingLine() const {
+    QStringList names;
+    for (const QString &userID : typingUserIDs.value())
+        names.append(senderName(userID));
+    names.sort();
+    if (names.isEmpty())
+        return {};
+    return names.size() == 1 ? names.first() + QStringLiteral(" is typing…")
+                             : names.join(QStringLiteral(", ")) + QStringLiteral(" are typing…");
 }
 
 QString MessengerChatView::senderName(const QString &userID) const {
@@ -57,144 +204,45 @@ QString MessengerChatView::senderName(const QString &userID) const {
     return sender == contacts.constEnd() ? QStringLiteral("Someone") : sender->displayName;
 }
 
+QString MessengerChatView::chatName(const MessengerChat &other) const {
+    return other.displayName(currentUserID, contacts);
+}
+
+MessengerMessage MessengerChatView::messageWithId(const QString &messageID) const {
+    const int row = messages.rowOf(messageID);
+    return row < 0 ? MessengerMessage() : messages.at(row);
+}
+
 MessagePlacement MessengerChatView::placement(int row) const {
     return MessagePlacement::of(messages.records(), row);
 }
 
-QString MessengerChatView::spokenMessage(const MessengerMessage &message) const {
+QString MessengerChatView::spokenMessage(const MessengerMessage &message) {
     const bool own = message.senderID == currentUserID;
     const QString state = own ? rawText(message.deliveryStatus) : QStringLiteral("received");
     return QStringLiteral("%1, %2, %3, %4")
-        .arg(own ? QStringLiteral("You") : senderName(message.senderID), message.content.left(spokenLength),
+        .arg(own ? QStringLiteral("You") : senderName(message.senderID),
+             plainText(message.content).left(spokenLength),
              message.timestamp.toLocalTime().toString(QStringLiteral("HH:mm")), state);
 }
 
-QCoro::Task<void> MessengerChatView::loadHistory(Self self) {
-    try {
-        const QList<QJsonObject> records =
-            co_await self->m_api.fetchMessages(self->chat.id, std::nullopt, pageSize);
-        QList<MessengerMessage> history;
-        history.reserve(records.size());
-        for (const QJsonObject &raw : records) {
-            std::optional<MessengerMessage> message = MessengerMessage::fromHistory(self->chat.id, raw);
-            if (!message)
-                continue;
-            const QString text = co_await self->m_cipher.historyContent(raw, message->content);
-            message->content = text;
-            history.append(std::move(*message));
-        }
-        self->showHistory(std::move(history));
-        self->sendReadReceipt();
-    } catch (const std::exception &) {
-        // Dropped on purpose: the screen is never empty for want of a server.
-        self->showSampleConversation();
-    }
-    self->isLoading = false;
-}
-
-QCoro::Task<void> MessengerChatView::establishSession(Self self) {
-    co_await self->m_cipher.establishSession(self->peerId());
-}
-
-QCoro::Task<void> MessengerChatView::send(Self self, QString text) {
-    const OutboundContent content = co_await self->m_cipher.prepareOutboundContent(text);
-    MessengerMessage message;
-    message.id = freshId();
-    message.chatID = self->chat.id;
-    message.senderID = self->currentUserID;
-    message.content = content.displayContent;
-    message.timestamp = QDateTime::currentDateTimeUtc();
-    message.deliveryStatus = DeliveryStatus::sending;
-    self->messages.append(message);
-    QJsonObject body{{QStringLiteral("user_id"), parseUserId(self->currentUserID).value_or(0)},
-                     {QStringLiteral("content"), content.serverContent},
-                     {QStringLiteral("type"), rawText(message.type)}};
-    if (content.zkPayload)
-        body.insert(QStringLiteral("zk_payload"), *content.zkPayload);
-    const HttpTransport::Headers headers{{QStringLiteral("Idempotency-Key"), message.id}};
-    const QString path = QStringLiteral("/api/messenger/chats/%1/messages").arg(self->chat.id);
-    DeliveryStatus status = DeliveryStatus::sent;
-    try {
-        const QByteArray answer = co_await self->m_api.post(path, body, headers);
-        const auto object = json::parseObject(answer);
-        if (!object || !json::object(*object, u"message"))
-            throw ApiError::api(500, QStringLiteral("Invalid response"));
-    } catch (const std::exception &) {
-        status = DeliveryStatus::failed;
-    }
-    self->setDeliveryStatus(message.id, status);
-}
-
-void MessengerChatView::showHistory(QList<MessengerMessage> history) {
-    std::stable_sort(
-        history.begin(), history.end(),
-        [](const MessengerMessage &a, const MessengerMessage &b) { return a.timestamp < b.timestamp; });
-    messages.assign(history);
-}
-
-void MessengerChatView::showSampleConversation() {
-    const QString peer = chat.peerId(currentUserID);
-    const QDateTime now = QDateTime::currentDateTime();
-    const auto sample = [&](const QString &sender, const QString &text, qint64 age) {
-        MessengerMessage message;
-        message.id = freshId();
-        message.chatID = chat.id;
-        message.senderID = sender;
-        message.content = text;
-        message.timestamp = now.addSecs(-age);
-        message.deliveryStatus = DeliveryStatus::sent;
-        return message;
-    };
-    messages.assign({sample(peer, QStringLiteral("Hey! How is the project?"), 3600),
-                     sample(currentUserID, QStringLiteral("Almost done!"), 3500),
-                     sample(peer, QStringLiteral("Meeting tomorrow at 11."), 1800)});
-}
-
-void MessengerChatView::sendReadReceipt() {
-    const auto &records = messages.records();
-    const auto last =
-        std::find_if(records.crbegin(), records.crend(),
-                     [this](const MessengerMessage &message) { return message.senderID != currentUserID; });
-    if (last == records.crend())
-        return;
-    m_socket.send({{QStringLiteral("type"), QStringLiteral("read_receipt")},
-                   {QStringLiteral("chat_id"), chat.id},
-                   {QStringLiteral("message_id"), last->id}});
-}
-
-void MessengerChatView::handleEvent(const WSEvent &event) {
-    if (event.type != QLatin1String("messenger_message") || json::text(event.data, u"chat_id") != chat.id)
-        return;
-    if (const auto raw = json::object(event.data, u"message"))
-        launch(receive(shared_from_this(), *raw));
-}
-
-QCoro::Task<void> MessengerChatView::receive(Self self, QJsonObject raw) {
-    const auto id = json::text(raw, u"id");
-    const auto senderID = json::text(raw, u"sender_id");
-    const auto content = json::text(raw, u"content");
-    if (!id || !senderID || !content)
-        co_return;
-    const auto createdAt = json::number(raw, u"created_at");
-    MessengerMessage message;
-    message.id = *id;
-    message.chatID = self->chat.id;
-    message.senderID = *senderID;
-    message.type = MessengerMessage::typeOf(raw);
-    const QString text = co_await self->m_cipher.liveContent(raw, *content);
-    message.content = text;
-    message.timestamp = createdAt ? times::fromUnixSeconds(*createdAt) : QDateTime::currentDateTimeUtc();
-    message.deliveryStatus = DeliveryStatus::sent;
-    self->messages.append(message);
-}
-
 void MessengerChatView::setDeliveryStatus(const QString &messageID, DeliveryStatus status) {
-    const int row = messages.rowOf(messageID);
-    if (row < 0)
-        return;
-    MessengerMessage message = messages.at(row);
-    message.deliveryStatus = status;
-    messages.replace(row, message);
+    change(messageID, [status](MessengerMessage &message) { message.deliveryStatus = status; });
+}
+
+void MessengerChatView::removeAll(const QString &messageID) {
+    for (int row = messages.count() - 1; row >= 0; --row) {
+        if (messages.at(row).id == messageID)
+            messages.removeAt(row);
+    }
+}
+
+int MessengerChatView::rowOfPoll(const QString &pollID) const {
+    const auto &records = messages.records();
+    const auto carrier = std::find_if(records.cbegin(), records.cend(), [&](const MessengerMessage &message) {
+        return message.poll && message.poll->id == pollID;
+    });
+    return carrier == records.cend() ? -1 : int(carrier - records.cbegin());
 }
 
 } // namespace orvane

@@ -2,21 +2,28 @@
 
 #include "Base/Observable.h"
 #include "Base/RecordList.h"
+#include "Conversation/ChatAssistant.h"
+#include "Conversation/ChatEvents.h"
+#include "Conversation/ChatParts.h"
+#include "Conversation/HistoryLoader.h"
+#include "Conversation/MessageActions.h"
 #include "Conversation/MessageCipher.h"
+#include "Conversation/MessageForwarding.h"
 #include "Conversation/MessagePlacement.h"
+#include "Conversation/MessageSender.h"
 #include "Model/MessengerChat.h"
-#include "Server/MessengerAPI.h"
-#include "Server/MessengerWebSocket.h"
 
 #include <QCoroTask>
+#include <QSet>
 #include <QtQml/qqmlregistration.h>
 
 #include <memory>
 
 namespace orvane {
 
-/// The screen of one open chat: its messages, oldest first, and the text being written. Nothing of it is kept
-/// on disk; opening the chat again rebuilds it from the server. Main thread.
+/// The screen of one open chat: its messages, oldest first, and what is being written. This class holds the
+/// state that the window shows; what happens to it is in the parts named at its end. Nothing of it is kept on
+/// disk; opening the chat again rebuilds it from the server. Main thread.
 class MessengerChatView : public QObject, public std::enable_shared_from_this<MessengerChatView> {
     Q_OBJECT
     QML_ELEMENT
@@ -30,19 +37,52 @@ class MessengerChatView : public QObject, public std::enable_shared_from_this<Me
     Q_PROPERTY(bool isEncrypting READ isEncrypting CONSTANT)
     /// Of the own identity key, in groups of four; empty while there is none.
     Q_PROPERTY(QString fingerprint READ fingerprint CONSTANT)
+    /// The pinned among `messages`, in their order.
+    Q_PROPERTY(QList<orvane::MessengerMessage> pinnedMessages READ pinnedMessages NOTIFY pinnedChanged)
+    /// Who types now, in words; empty for nobody.
+    Q_PROPERTY(QString typingLine READ typingLine NOTIFY typingChanged)
 
     OBSERVABLE(QString, inputText)
+    OBSERVABLE(bool, showAIPanel)
+    OBSERVABLE(QString, aiRequest)
+    OBSERVABLE_OPTIONAL(QString, aiResponse)
+    OBSERVABLE(bool, isAILoading)
+    OBSERVABLE(bool, isInputFocused)
+    OBSERVABLE(QStringList, smartReplies)
+    /// The messages of the own style that the replies were modelled on.
+    OBSERVABLE(qint64, personaSamples)
+    /// By message id, for as long as the screen lives.
+    OBSERVABLE(QVariantMap, translatedText)
+    OBSERVABLE_OPTIONAL(QString, translatingMsgID)
+    OBSERVABLE_OPTIONAL(QString, chatSummary)
+    OBSERVABLE(bool, isSummarizing)
+    OBSERVABLE_OPTIONAL(MessengerMessage, replyToMessage)
+    OBSERVABLE(QSet<QString>, typingUserIDs)
+    OBSERVABLE(bool, showForwardPicker)
+    OBSERVABLE_OPTIONAL(MessengerMessage, messageToForward)
+    OBSERVABLE(QList<orvane::MessengerChat>, availableChats)
+    /// Of this run only.
+    OBSERVABLE(QSet<QString>, pinnedMessageIDs)
+    OBSERVABLE_OPTIONAL(QString, chatContext)
+    OBSERVABLE(QStringList, unansweredQuestions)
+    OBSERVABLE(bool, showSearchPanel)
+    OBSERVABLE(QStringList, agentResults)
+    OBSERVABLE(bool, showStickerPicker)
+    OBSERVABLE(bool, showPollCreator)
+    OBSERVABLE_OPTIONAL(MessengerMessage, editingMessage)
+    OBSERVABLE(QString, editText)
+    OBSERVABLE(bool, showEditAlert)
+    /// Waits for the user's word.
+    OBSERVABLE_OPTIONAL(MessengerMessage, deletingMessage)
+    /// The bot on the other side, if there is one.
+    OBSERVABLE_OPTIONAL(QString, activeBotId)
+    OBSERVABLE_OPTIONAL(QString, activeBotName)
     /// From the opening of the chat until its history is there.
     OBSERVABLE(bool, isLoading)
 
 public:
-    /// One page of history.
-    static constexpr int pageSize = 50;
-
     MessengerChatView(const MessengerChat &chat, const Contacts &contacts, const QString &currentUserID,
-                      MessengerAPI &api = MessengerAPI::shared(),
-                      MessengerWebSocket &socket = MessengerWebSocket::shared(),
-                      const EndToEnd *encryption = nullptr);
+                      const ChatParts &parts);
 
     const MessengerChat chat;
     const Contacts contacts;
@@ -54,37 +94,114 @@ public:
     RecordListModel *messageModel() { return &messages; }
     bool isEncrypting() const { return m_cipher.isOn(); }
     QString fingerprint() const;
+    QList<MessengerMessage> pinnedMessages() const;
+    QString typingLine() const;
 
-    /// Starts the history task, and follows the events of this chat from now on. The history replaces
-    /// whatever `messages` holds when it arrives; where it can't be had, a sample conversation stands in.
-    Q_INVOKABLE void loadMessages();
+    /// The screen shows: loads what it needs, and follows the chat from now on.
+    Q_INVOKABLE void appear();
+    Q_INVOKABLE void disappear();
+    /// Starts a session with the peer where the end-to-end layer is on, fetches the history, and follows the
+    /// events of this chat from now on.
+    void loadMessages();
 
-    /// Sends `inputText` as it stands and clears it; a text of nothing but white space is left alone.
+    /// Sends `inputText` as it stands and clears it. A text of nothing but white space is left alone; one
+    /// that begins with "/" is a command.
     Q_INVOKABLE void sendMessage();
+    Q_INVOKABLE void sendSticker(const QString &code) { m_sender.sendSticker(code); }
+    Q_INVOKABLE void sendPoll(const orvane::MessengerPoll &poll) { m_sender.sendPoll(poll); }
+    /// Takes over a poll with the user's new choices and tells the others of them; a vote taken back is told
+    /// to nobody.
+    Q_INVOKABLE void votePoll(const orvane::MessengerPoll &poll);
+    /// The folder that is offered for a saved conversation.
+    Q_INVOKABLE QUrl exportFolder() const;
+    /// Where the text that `exportRequested` carries goes.
+    Q_INVOKABLE void saveExport(const QUrl &file, const QString &text);
 
+    Q_INVOKABLE void copyMessage(const orvane::MessengerMessage &message) { m_actions.copy(message); }
+    Q_INVOKABLE void editMessage(const orvane::MessengerMessage &message) { m_actions.edit(message); }
+    Q_INVOKABLE void editLastOwnMessage();
+    Q_INVOKABLE void saveEdit() { m_actions.saveEdit(); }
+    Q_INVOKABLE void deleteMessage(const orvane::MessengerMessage &message) { deletingMessage = message; }
+    Q_INVOKABLE void keepMessage() { deletingMessage = std::nullopt; }
+    Q_INVOKABLE void performDelete();
+    Q_INVOKABLE void pinUnpinMessage(const orvane::MessengerMessage &message) { m_actions.pinUnpin(message); }
+    Q_INVOKABLE void toggleStar(const orvane::MessengerMessage &message) { m_actions.toggleStar(message); }
+    Q_INVOKABLE void reactToMessage(const orvane::MessengerMessage &message, const QString &emoji) {
+        m_actions.react(message, emoji);
+    }
+    Q_INVOKABLE void translateAction(const orvane::MessengerMessage &message) {
+        m_actions.translate(message);
+    }
+    Q_INVOKABLE void replyTo(const orvane::MessengerMessage &message);
+    Q_INVOKABLE void cancelReply() { replyToMessage = std::nullopt; }
+    Q_INVOKABLE void pickForward(const orvane::MessengerMessage &message) { m_forwarding.pick(message); }
+    Q_INVOKABLE void forwardMessage(const orvane::MessengerChat &target) { m_forwarding.forwardTo(target); }
+
+    Q_INVOKABLE void sendAgentMessage() { m_assistant.sendAgentMessage(); }
+    Q_INVOKABLE void summarizeAction(const QString &period) { m_assistant.summarizeAction(period); }
+    Q_INVOKABLE void closeSummary() { chatSummary = std::nullopt; }
+    Q_INVOKABLE void closeContext();
+
+    Q_INVOKABLE void scrollToPinned() const;
+    Q_INVOKABLE bool isPinned(const QString &messageID) const;
     Q_INVOKABLE QString senderName(const QString &userID) const;
+    Q_INVOKABLE QString chatName(const orvane::MessengerChat &other) const;
+    /// A content as a person reads it.
+    Q_INVOKABLE QString plainText(const QString &content) { return m_cipher.plainText(content); }
+    /// The first message with this id; one with an empty id where there is none.
+    Q_INVOKABLE orvane::MessengerMessage messageWithId(const QString &messageID) const;
     Q_INVOKABLE orvane::MessagePlacement placement(int row) const;
     /// A message in words for assistive technology: sender, text, time and state.
-    Q_INVOKABLE QString spokenMessage(const orvane::MessengerMessage &message) const;
+    Q_INVOKABLE QString spokenMessage(const orvane::MessengerMessage &message);
+
+    const ChatParts &parts() const { return m_parts; }
+    MessageCipher &cipher() { return m_cipher; }
+
+    /// Changes the record in this row; a row of -1 changes nothing.
+    template <typename Change>
+    void changeAt(int row, Change change) {
+        if (row < 0)
+            return;
+        MessengerMessage message = messages.at(row);
+        change(message);
+        messages.replace(row, message);
+    }
+    /// Changes the first record with this id, if there is one.
+    template <typename Change>
+    void change(const QString &messageID, Change change) {
+        changeAt(messages.rowOf(messageID), change);
+    }
+    void setDeliveryStatus(const QString &messageID, DeliveryStatus status);
+    void removeAll(const QString &messageID);
+    /// The first row with this poll, or -1.
+    int rowOfPoll(const QString &pollID) const;
+
+Q_SIGNALS:
+    void pinnedChanged();
+    void typingChanged();
+    /// The conversation in words waits for a place to be saved at.
+    void exportRequested(const QString &text);
 
 private:
     using Self = std::shared_ptr<MessengerChatView>;
 
-    static QCoro::Task<void> loadHistory(Self self);
     static QCoro::Task<void> establishSession(Self self);
-    static QCoro::Task<void> send(Self self, QString text);
-    static QCoro::Task<void> receive(Self self, QJsonObject raw);
+    static QCoro::Task<void> findBot(Self self);
 
-    void showHistory(QList<MessengerMessage> history);
-    void showSampleConversation();
-    void sendReadReceipt();
-    void handleEvent(const WSEvent &event);
-    void setDeliveryStatus(const QString &messageID, DeliveryStatus status);
+    void handleSlash(const QString &text);
+    void subscribeP2P();
+    void loadBotMeta();
 
-    MessengerAPI &m_api;
-    MessengerWebSocket &m_socket;
+    const ChatParts m_parts;
     MessageCipher m_cipher;
-    const EndToEnd *m_encryption;
+    HistoryLoader m_history{*this};
+    ChatEvents m_events{*this};
+    MessageSender m_sender{*this};
+    MessageActions m_actions{*this};
+    MessageForwarding m_forwarding{*this};
+    ChatAssistant m_assistant{*this};
+    QPropertyNotifier m_pinned;
+    QPropertyNotifier m_typing;
 };
 
 } // namespace orvane

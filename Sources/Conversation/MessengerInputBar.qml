@@ -8,15 +8,28 @@ FocusScope {
     id: root
 
     property string text
+    property bool isInputFocused: false
     signal edited(string newText)
+    signal focusTold(bool focused)
     signal send
+    signal sticker
+    signal poll
+    signal aiToggle
+    signal editLast
+    signal escaped
 
     readonly property real lineHeight: metrics.height
     readonly property int columnWidth: Math.min(width - 2 * Theme.gap16, 760)
 
     implicitHeight: field.height + 2 * Theme.gap12
 
-    onTextChanged: if (area.text !== text) area.text = text
+    onTextChanged: {
+        if (area.text === text)
+            return;
+        area.text = text;
+        area.cursorPosition = text.length;
+    }
+    onIsInputFocusedChanged: if (isInputFocused && !area.activeFocus) area.forceActiveFocus()
 
     FontMetrics {
         id: metrics
@@ -27,11 +40,37 @@ FocusScope {
         height: 1
         color: Theme.divider
     }
+    Row {
+        id: before
+        x: Math.round((root.width - root.columnWidth) / 2)
+        anchors { bottom: field.bottom; bottomMargin: Theme.gap4 }
+
+        SymbolButton {
+            symbol: "face.smiling"
+            text: "Stickers"
+            onClicked: root.sticker()
+        }
+        SymbolButton {
+            symbol: "chart.bar.fill"
+            text: "Poll"
+            onClicked: root.poll()
+        }
+    }
+    SymbolButton {
+        id: after
+        x: before.x + root.columnWidth - width
+        anchors { bottom: field.bottom; bottomMargin: Theme.gap4 }
+        symbol: "sparkles"
+        text: "AI"
+        onClicked: root.aiToggle()
+    }
     Rectangle {
         id: field
-        anchors.horizontalCenter: parent.horizontalCenter
-        anchors.verticalCenter: parent.verticalCenter
-        width: root.columnWidth
+        anchors {
+            left: before.right; leftMargin: Theme.gap8
+            right: after.left; rightMargin: Theme.gap8
+            verticalCenter: parent.verticalCenter
+        }
         height: Math.max(44, Math.min(area.contentHeight, 8 * root.lineHeight) + 2 * Theme.gap12)
         radius: Theme.cardRadius
         color: Theme.surface
@@ -61,6 +100,13 @@ FocusScope {
                 placeholderText: "Message..."
                 verticalAlignment: TextEdit.AlignVCenter
                 onTextChanged: root.edited(text)
+                onActiveFocusChanged: root.focusTold(activeFocus)
+                Keys.onUpPressed: event => {
+                    event.accepted = text === "";
+                    if (event.accepted)
+                        root.editLast();
+                }
+                Keys.onEscapePressed: root.escaped()
                 Accessible.role: Accessible.EditableText
                 Accessible.name: placeholderText
 

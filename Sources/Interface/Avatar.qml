@@ -15,8 +15,9 @@ Rectangle {
     property color ground: Theme.background
 
     readonly property string initial: {
-        const first = Array.from(name.trim())[0];
-        return first ? first.toUpperCase() : "?";
+        // A character may take two of a string's places.
+        const code = name.trim().codePointAt(0);
+        return code === undefined ? "?" : String.fromCodePoint(code).toUpperCase();
     }
 
     width: size

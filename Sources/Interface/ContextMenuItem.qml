@@ -7,6 +7,8 @@ T.MenuItem {
     id: root
 
     property bool dangerous: false
+    /// At the end of the line; may be empty.
+    property string symbol
 
     implicitHeight: 36
     implicitWidth: 212
@@ -19,11 +21,18 @@ T.MenuItem {
     }
     contentItem: PlainText {
         leftPadding: Theme.gap12
-        rightPadding: root.subMenu ? 24 : Theme.gap12
+        rightPadding: root.subMenu || root.symbol ? 32 : Theme.gap12
         text: root.text
         font: root.font
         color: root.dangerous ? Theme.danger : Theme.text
         verticalAlignment: Text.AlignVCenter
+    }
+    Symbol {
+        visible: root.symbol && !root.subMenu
+        anchors { right: parent.right; rightMargin: Theme.gap12; verticalCenter: parent.verticalCenter }
+        name: root.symbol || "circle"
+        size: 16
+        color: root.dangerous ? Theme.danger : Theme.dimmed
     }
     arrow: Symbol {
         visible: root.subMenu

@@ -10,6 +10,8 @@ Column {
     property string hint
 
     spacing: Theme.gap8
+    Accessible.role: Accessible.StaticText
+    Accessible.name: hint ? title + ". " + hint : title
 
     Symbol {
         anchors.horizontalCenter: parent.horizontalCenter

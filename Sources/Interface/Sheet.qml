@@ -13,6 +13,8 @@ T.Dialog {
     /// The buttons at the end; at most a few.
     default property alias body: column.data
     property alias buttons: buttonRow.data
+    /// What the title bar offers besides the way out.
+    property alias titleButtons: titleRow.data
 
     parent: T.Overlay.overlay
     x: parent ? Math.round((parent.width - width) / 2) : 0
@@ -46,13 +48,17 @@ T.Dialog {
             PlainText {
                 anchors {
                     left: parent.left; leftMargin: Theme.gap24
-                    right: close.left; rightMargin: Theme.gap8
+                    right: titleRow.left; rightMargin: Theme.gap8
                     verticalCenter: parent.verticalCenter
                 }
                 text: root.title
                 font: Theme.headingFont
                 Accessible.role: Accessible.Heading
                 Accessible.name: text
+            }
+            Row {
+                id: titleRow
+                anchors { right: close.left; rightMargin: Theme.gap4; verticalCenter: parent.verticalCenter }
             }
             LinkButton {
                 id: close
@@ -72,6 +78,22 @@ T.Dialog {
             boundsBehavior: Flickable.StopAtBounds
             clip: true
             T.ScrollBar.vertical: ScrollThumb {}
+
+            // Whatever has the focus is scrolled into sight.
+            readonly property Item focused: Window.activeFocusItem
+            onFocusedChanged: reveal()
+            onContentHeightChanged: reveal()
+            function reveal() {
+                let item = focused;
+                while (item && item !== column)
+                    item = item.parent;
+                if (!item)
+                    return;
+                const top = focused.mapToItem(column, 0, 0).y - Theme.gap4;
+                const bottom = top + focused.height + 2 * Theme.gap4;
+                // A row of a list within is the list's to reveal: there is no further to go than the end.
+                contentY = Math.max(0, Math.min(top, contentHeight - height, Math.max(contentY, bottom - height)));
+            }
 
             Column {
                 id: column

@@ -1,6 +1,7 @@
 #include "Interface/Theme.h"
 
 #include <QFontDatabase>
+#include <QFontInfo>
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -54,12 +55,19 @@ QFont font(int pixels, QFont::Weight weight) {
     const QScreen *screen = QGuiApplication::primaryScreen();
     const double scale = screen ? std::clamp(screen->logicalDotsPerInch() / 96.0, 0.75, 3.0) : 1.0;
     QFont result = QGuiApplication::font();
+    // Other fonts have some of the emoji too, in one colour; without this they would be found first. The
+    // desktop's font may go by an alias, which the list would step over.
+    result.setFamilies({QFontInfo(result).family(), Theme::emojiFamily()});
     result.setPixelSize(int(std::lround(pixels * scale)));
     result.setWeight(weight);
     return result;
 }
 
 } // namespace
+
+QString Theme::emojiFamily() {
+    return QStringLiteral("Noto Color Emoji");
+}
 
 Theme::Theme(QObject *parent)
     : QObject(parent)
@@ -95,6 +103,7 @@ void Theme::use(OrvaneTheme theme) {
     danger =
         inkOn(QColor::fromRgbF(1.0F, 0.33F, 0.33F), isLight(theme) ? ink : white, 0.0, surface, textContrast);
     online = QColor::fromRgbF(0.2F, 0.8F, 0.4F);
+    reaction = QColor::fromRgbF(1.0F, 1.0F, 1.0F, theme == OrvaneTheme::nous ? 0.8F : 0.08F * 0.8F);
     Q_EMIT changed();
 }
 

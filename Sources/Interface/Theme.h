@@ -32,6 +32,9 @@ class Theme : public QObject {
     Q_PROPERTY(QColor dimmedOnOwnBubble MEMBER dimmedOnOwnBubble NOTIFY changed)
     Q_PROPERTY(QColor danger MEMBER danger NOTIFY changed)
     Q_PROPERTY(QColor online MEMBER online NOTIFY changed)
+    Q_PROPERTY(QColor readMark MEMBER readMark CONSTANT)
+    Q_PROPERTY(QColor ownReaction MEMBER ownReaction CONSTANT)
+    Q_PROPERTY(QColor reaction MEMBER reaction NOTIFY changed)
 
     Q_PROPERTY(QFont titleFont MEMBER titleFont CONSTANT)
     Q_PROPERTY(QFont headingFont MEMBER headingFont CONSTANT)
@@ -40,6 +43,7 @@ class Theme : public QObject {
     Q_PROPERTY(QFont secondaryFont MEMBER secondaryFont CONSTANT)
     Q_PROPERTY(QFont captionFont MEMBER captionFont CONSTANT)
     Q_PROPERTY(QFont fixedFont MEMBER fixedFont CONSTANT)
+    Q_PROPERTY(QString emojiFamily READ emojiFamily CONSTANT)
     Q_PROPERTY(double lineHeight MEMBER lineHeight CONSTANT)
 
     Q_PROPERTY(int gap4 MEMBER gap4 CONSTANT)
@@ -59,6 +63,9 @@ class Theme : public QObject {
 public:
     explicit Theme(QObject *parent = nullptr);
 
+    /// The font that draws emoji in colour.
+    static QString emojiFamily();
+
     void use(OrvaneTheme theme);
 
     /// White text stands on each of these at 4.5 : 1. The same id always gets the same hue.
@@ -74,6 +81,11 @@ public:
     QColor accent, onAccent, selection;
     QColor ownBubble, onOwnBubble, dimmedOnOwnBubble;
     QColor danger, online;
+    /// On messages that the others have read.
+    QColor readMark = QColor::fromRgbF(0.0F, 0.9F, 0.6F);
+    /// Grounds of reactions under own messages and under those of others.
+    QColor ownReaction = QColor::fromRgbF(1.0F, 1.0F, 1.0F, 0.18F);
+    QColor reaction;
 
     QFont titleFont, headingFont, bodyFont, strongBodyFont, secondaryFont, captionFont, fixedFont;
     double lineHeight = 1.35;

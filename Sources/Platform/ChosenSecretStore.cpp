@@ -34,6 +34,7 @@ std::unique_ptr<SecretStore> ChosenSecretStore::forThisDesktop() {
 
 qint32 ChosenSecretStore::add(const QString &service, const QString &account, const QString &label,
                               const QByteArray &data) {
+    const QMutexLocker lock(&m_calls);
     qint32 status = current().add(service, account, label, data);
     if (fallBack(status))
         status = current().add(service, account, label, data);
@@ -43,6 +44,7 @@ qint32 ChosenSecretStore::add(const QString &service, const QString &account, co
 }
 
 SecretStore::Match ChosenSecretStore::copyMatching(const QString &service, const QString &account) {
+    const QMutexLocker lock(&m_calls);
     Match match = current().copyMatching(service, account);
     if (fallBack(match.status))
         match = current().copyMatching(service, account);
@@ -50,6 +52,7 @@ SecretStore::Match ChosenSecretStore::copyMatching(const QString &service, const
 }
 
 qint32 ChosenSecretStore::remove(const QString &service, const QString &account) {
+    const QMutexLocker lock(&m_calls);
     const qint32 status = current().remove(service, account);
     return fallBack(status) ? current().remove(service, account) : status;
 }

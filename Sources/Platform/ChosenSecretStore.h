@@ -2,6 +2,8 @@
 
 #include "Platform/SecretStore.h"
 
+#include <QMutex>
+
 #include <memory>
 #include <optional>
 
@@ -9,7 +11,7 @@ namespace orvane {
 
 /// The keyring where one answers, else the file. The store that took the first item is remembered in a marker
 /// file and kept from then on, so that a keyring that appears later never hides what the file holds, and a
-/// keyring that is away for once is not replaced by an empty file.
+/// keyring that is away for once is not replaced by an empty file. Any thread.
 class ChosenSecretStore : public SecretStore {
 public:
     /// `folder` holds the marker; it is made when the first item is added.
@@ -31,6 +33,8 @@ private:
     void remember();
     SecretStore &current();
 
+    /// One call at a time: a store writes its file as a whole.
+    QMutex m_calls;
     std::unique_ptr<SecretStore> m_keyring;
     std::unique_ptr<SecretStore> m_file;
     QString m_marker;

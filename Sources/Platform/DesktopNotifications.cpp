@@ -97,10 +97,10 @@ void DesktopNotifications::show(const NotificationContent &content) {
                             {QStringLiteral("sound-name"), QStringLiteral("message-new-instant")},
                             {QStringLiteral("category"), QStringLiteral("im.received")}};
     const QStringList actions{QStringLiteral("default"), QStringLiteral("Open")};
+    const bool takesMarkup = m_capabilities && m_capabilities->contains(QStringLiteral("body-markup"));
     QDBusMessage notify = call(QStringLiteral("Notify"));
     notify << QStringLiteral("OrvaneTalk") << uint(0) << application << shown(content.title, longestTitle)
-           << notificationBody(content, m_capabilities->contains(QStringLiteral("body-markup"))) << actions
-           << hints << -1;
+           << notificationBody(content, takesMarkup) << actions << hints << -1;
     auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(notify), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, info = content.userInfo] {
         const QDBusPendingReply<uint> reply = *answer;

@@ -17,8 +17,8 @@ inline constexpr qint32 damaged = -26275;
 inline constexpr qint32 notWritten = -61;
 } // namespace SecretStatus
 
-/// The platform's store of secrets: items of bytes, each under a service and an account. Main thread; calls
-/// may take a few milliseconds.
+/// The platform's store of secrets: items of bytes, each under a service and an account. One thread at a
+/// time; calls may take a few milliseconds.
 class SecretStore {
 public:
     struct Match {

@@ -125,24 +125,13 @@ void MessengerWebSocket::follow(Connection &connection) {
 void MessengerWebSocket::received(const QString *text) {
     isConnected = true;
     reconnectTimer.stop();
-    if (text)
-        handleMessage(*text);
+    if (const auto event = text ? WSEvent::fromFrame(*text) : std::nullopt)
+        Q_EMIT events(*event);
 }
 
 void MessengerWebSocket::failed() {
     isConnected = false;
     scheduleReconnect();
-}
-
-void MessengerWebSocket::handleMessage(const QString &text) {
-    try {
-        const auto object = json::parseObject(text.toUtf8());
-        const auto type = object ? json::text(*object, u"type") : std::nullopt;
-        if (type && *type != QLatin1String("pong"))
-            Q_EMIT events(WSEvent{*type, *object});
-    } catch (const JsonError &) {
-        // Dropped on purpose: a frame that can't be read is nobody's.
-    }
 }
 
 void MessengerWebSocket::scheduleReconnect() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Base/Observable.h"
+#include "Server/WSEvent.h"
 
 #include <QJsonObject>
 #include <QObject>
@@ -13,12 +14,6 @@
 class QWebSocket;
 
 namespace orvane {
-
-/// One event of the server: its type and the whole object, `type` included.
-struct WSEvent {
-    QString type;
-    QJsonObject data;
-};
 
 /// The connection to the server's event stream (RFC 6455, JSON text frames). It authenticates with its first
 /// frame, pings, and after a failure connects again after a fixed delay for as long as the process lives.
@@ -64,7 +59,6 @@ private:
     void follow(Connection &connection);
     void received(const QString *text);
     void failed();
-    void handleMessage(const QString &text);
     void scheduleReconnect();
     void reconnect();
 

@@ -1,5 +1,5 @@
 #include "ChatList/MessengerChatListView.h"
-#include "Support/ClientParts.h"
+#include "Support/OpenChatParts.h"
 #include "Support/TestMain.h"
 
 #include <QAbstractItemModelTester>
@@ -21,7 +21,7 @@ struct Answers {
         {"id":"mid","type":"group","title":"Mid","participants":[],"last_message":"c","last_msg_at":150}]})";
 };
 
-struct Screen : ClientParts {
+struct Screen : OpenChatParts {
     std::shared_ptr<MessengerChatListView> list;
 
     explicit Screen(const Answers &answers = {}) {
@@ -30,8 +30,7 @@ struct Screen : ClientParts {
         http.answerFor("/api/messenger/federation/info", ScriptedAnswer::of(200, answers.federation));
         http.answerFor("/api/messenger/contacts", ScriptedAnswer::of(200, answers.contacts));
         http.answerFor("/api/messenger/chats", ScriptedAnswer::of(200, answers.chats));
-        list = std::make_shared<MessengerChatListView>(MessengerChatListView::Parts{
-            session, api, socket, [this]() -> ChatNotificationBridge & { return notifications; }, nullptr});
+        list = std::make_shared<MessengerChatListView>(MessengerChatListView::Parts{chatParts(), session});
         new QAbstractItemModelTester(&list->chats, QAbstractItemModelTester::FailureReportingMode::QtTest,
                                      list.get());
     }

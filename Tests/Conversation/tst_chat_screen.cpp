@@ -1,10 +1,12 @@
 #include "Conversation/MessengerChatView.h"
 #include "Interface/SymbolImages.h"
-#include "Support/ClientParts.h"
+#include "Interface/Theme.h"
+#include "Support/OpenChatParts.h"
 
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace orvane;
@@ -22,7 +24,7 @@ QQuickItem *find(QQuickItem *item, const char *property, const QVariant &value) 
 }
 
 /// The open chat in a window of its own, with a history that is given.
-struct Window : ClientParts {
+struct Window : OpenChatParts {
     std::shared_ptr<MessengerChatView> screen;
     QQuickView view;
 
@@ -33,7 +35,7 @@ struct Window : ClientParts {
         chat.title = QStringLiteral("Team");
         http.answerFor("/api/messenger/chats/c/messages",
                        ScriptedAnswer::of(200, json::compact({{"messages", history}})));
-        screen = std::make_shared<MessengerChatView>(chat, Contacts(), QStringLiteral("7"), api, socket);
+        screen = std::make_shared<MessengerChatView>(chat, Contacts(), QStringLiteral("7"), chatParts());
         view.engine()->addImportPath("qrc:/");
         view.engine()->addImageProvider("symbol", new SymbolImages);
         view.setInitialProperties({{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
@@ -53,7 +55,33 @@ struct Window : ClientParts {
             QTest::keyClick(&view, *letters);
     }
 
+    QQuickItem *messages() { return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages")); }
+    /// The end of the last message stands at the end of the list.
+    bool showsNewest() {
+        const int last = screen->messages.count() - 1;
+        QQuickItem *row = nullptr;
+        QMetaObject::invokeMethod(messages(), "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
+                                  Q_ARG(int, last));
+        if (!row)
+            return false;
+        const double end = row->mapToItem(messages(), QPointF(0, row->height())).y();
+        return end <= messages()->height() && end > messages()->height() - 32;
+    }
+    /// In this window, or over it.
+    bool shownAnywhere(const char *property, const QVariant &value) {
+        return find(view.contentItem(), property, value) != nullptr;
+    }
+    /// For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder.
+    void takePicture() {
+        if (const QString pictures = qEnvironmentVariable("ORVANETALK_PICTURES"); !pictures.isEmpty())
+            view.grabWindow().save(
+                QStringLiteral("%1/%2-%3.png").arg(pictures, QTest::currentDataTag()).arg(++m_pictures));
+    }
+
     QQuickItem *input() { return item("placeholderText", "Message..."); }
+
+private:
+    int m_pictures = 0;
 };
 
 QJsonObject message(const QString &text) {
@@ -71,6 +99,9 @@ private Q_SLOTS:
     void aMessageOfTenMegabytesIsShownInPieces();
     void markupIsShownAsItStands_data();
     void markupIsShownAsItStands();
+    void theMenuOpensByKeyboard();
+    void everyKindOfMessageIsDrawnInEveryTheme_data();
+    void everyKindOfMessageIsDrawnInEveryTheme();
 };
 
 void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
@@ -136,6 +167,107 @@ void TestChatScreen::markupIsShownAsItStands() {
     QTRY_COMPARE(window.screen->messages.count(), 1);
     QTRY_VERIFY(window.item("text", text));
     QCOMPARE(window.item("text", text)->property("textFormat").toInt(), int(Qt::PlainText));
+}
+
+void TestChatScreen::theMenuOpensByKeyboard() {
+    Window window({message(QStringLiteral("hi"))});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.item("text", "hi"));
+    QVERIFY(window.messages());
+    window.messages()->forceActiveFocus();
+    QTest::keyClick(&window.view, Qt::Key_F10, Qt::ShiftModifier);
+    QTRY_VERIFY(window.shownAnywhere("text", "Reply"));
+    QTest::keyClick(&window.view, Qt::Key_Escape);
+    QTRY_VERIFY(!window.shownAnywhere("text", "Reply"));
+}
+
+void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme_data() {
+    QTest::addColumn<int>("theme");
+    QTest::addColumn<QSize>("size");
+    for (const OrvaneTheme theme : allThemes()) {
+        QTest::addRow("%s, narrow", qUtf8Printable(rawValue(theme))) << int(theme) << QSize(480, 600);
+        QTest::addRow("%s, wide", qUtf8Printable(rawValue(theme))) << int(theme) << QSize(2240, 1440);
+    }
+}
+
+void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
+    QFETCH(int, theme);
+    QFETCH(QSize, size);
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    Window window(
+        {message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen?")),
+         message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
+    auto *tokens =
+        window.view.engine()->singletonInstance<Theme *>(qmlTypeId("OrvaneTalk.Interface", 1, 0, "Theme"));
+    tokens->use(OrvaneTheme(theme));
+    window.view.setColor(tokens->background);
+    window.view.resize(size);
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    MessengerChatView &screen = *window.screen;
+    QTRY_VERIFY(!screen.isLoading);
+    const auto add = [&](MessageType type, const QString &content, DeliveryStatus status,
+                         const auto &change) {
+        MessengerMessage record;
+        record.id = QString::number(screen.messages.count());
+        record.senderID = QStringLiteral("7");
+        record.type = type;
+        record.content = content;
+        record.timestamp = QDateTime::currentDateTimeUtc().addSecs(-60);
+        record.deliveryStatus = status;
+        change(record);
+        screen.messages.append(record);
+    };
+    const auto asItIs = [](MessengerMessage &) {};
+    add(MessageType::text, QStringLiteral("on its way"), DeliveryStatus::sending, asItIs);
+    add(MessageType::text, QStringLiteral("read"), DeliveryStatus::read, [](MessengerMessage &record) {
+        record.replyToID = QStringLiteral("m");
+        record.editedAt = record.timestamp;
+        record.isStarred = true;
+        record.reactions = {{QStringLiteral("🔥"), {"7", "9"}}, {QStringLiteral("👏"), {"9"}}};
+    });
+    add(MessageType::text, QStringLiteral("failed"), DeliveryStatus::failed, [](MessengerMessage &record) {
+        record.forwardedFrom =
+            ForwardInfo{QStringLiteral("d"), QStringLiteral("9"), QStringLiteral("Ben"), {}};
+    });
+    add(MessageType::sticker, QStringLiteral("😍"), DeliveryStatus::sent, asItIs);
+    add(MessageType::poll, QStringLiteral("Tea?"), DeliveryStatus::sent, [](MessengerMessage &record) {
+        record.poll = MessengerPoll{QStringLiteral("p"),
+                                    QStringLiteral("c"),
+                                    QStringLiteral("7"),
+                                    QStringLiteral("Tea?"),
+                                    {PollOption{QStringLiteral("a"), QStringLiteral("Yes"), {"7", "9"}},
+                                     PollOption{QStringLiteral("b"), QStringLiteral("No"), {"5"}}},
+                                    true,
+                                    false,
+                                    {}};
+    });
+    screen.translatedText = QVariantMap{{QStringLiteral("2"), QStringLiteral("в пути")}};
+    screen.pinnedMessageIDs = QSet<QString>{QStringLiteral("2")};
+    screen.chatContext = QStringLiteral("Последние сообщения: Я: read");
+    screen.unansweredQuestions = QStringList{QStringLiteral("Wollen wir?")};
+    screen.chatSummary = QStringLiteral("Tea at five.\n\n• a\n• b");
+    screen.smartReplies = QStringList{QStringLiteral("Yes"), QStringLiteral("No"), QStringLiteral("Later")};
+    screen.personaSamples = 12;
+    screen.typingUserIDs = QSet<QString>{QStringLiteral("9")};
+    screen.replyTo(screen.messages.at(0));
+    screen.agentResults = QStringList{QStringLiteral("a hit")};
+    screen.showSearchPanel = true;
+    screen.showAIPanel = true;
+    screen.aiResponse = QStringLiteral("Searching.");
+    QTRY_VERIFY(window.item("text", "Searching."));
+    QTRY_VERIFY(window.showsNewest());
+    window.takePicture();
+    screen.showAIPanel = false;
+    screen.showSearchPanel = false;
+    screen.closeContext();
+    screen.closeSummary();
+    screen.showStickerPicker = true;
+    QTRY_VERIFY(window.item("placeholderText", "Поиск стикеров..."));
+    QTRY_VERIFY(window.showsNewest());
+    window.takePicture();
+    screen.showStickerPicker = false;
+    QTRY_VERIFY(!window.item("placeholderText", "Поиск стикеров..."));
+    QTRY_VERIFY(window.showsNewest());
 }
 
 QTEST_MAIN(TestChatScreen)

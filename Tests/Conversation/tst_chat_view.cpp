@@ -1,5 +1,5 @@
 #include "Conversation/MessengerChatView.h"
-#include "Support/ClientParts.h"
+#include "Support/OpenChatParts.h"
 #include "Support/TestMain.h"
 
 #include <QAbstractItemModelTester>
@@ -19,16 +19,16 @@ MessengerChat directChat() {
     return chat;
 }
 
-std::shared_ptr<MessengerChatView> open(ClientParts &parts, const QString &user = QStringLiteral("7")) {
+std::shared_ptr<MessengerChatView> open(OpenChatParts &parts, const QString &user = QStringLiteral("7")) {
     MessengerUser ben;
     ben.id = QStringLiteral("9");
     ben.displayName = QStringLiteral("Ben");
-    return std::make_shared<MessengerChatView>(directChat(), Contacts{{ben.id, ben}}, user, parts.api,
-                                               parts.socket);
+    return std::make_shared<MessengerChatView>(directChat(), Contacts{{ben.id, ben}}, user,
+                                               parts.chatParts());
 }
 
 /// The same with every change of the model checked, which takes time.
-std::shared_ptr<MessengerChatView> openChecked(ClientParts &parts) {
+std::shared_ptr<MessengerChatView> openChecked(OpenChatParts &parts) {
     auto screen = open(parts);
     new QAbstractItemModelTester(&screen->messages, QAbstractItemModelTester::FailureReportingMode::QtTest,
                                  screen.get());
@@ -58,7 +58,7 @@ QStringList ids(const MessengerChatView &screen) {
     return result;
 }
 
-QStringList receipts(const ClientParts &parts) {
+QStringList receipts(const OpenChatParts &parts) {
     return parts.events.frames(0).filter(QStringLiteral("read_receipt"));
 }
 
@@ -90,7 +90,7 @@ private Q_SLOTS:
 };
 
 void TestChatView::historyIsSortedAndReadUpToTheOthersLastMessage() {
-    ClientParts parts;
+    OpenChatParts parts;
     parts.socket.connect(QStringLiteral("tok"));
     const auto screen = open(parts);
     parts.http.answerNext(
@@ -119,7 +119,7 @@ void TestChatView::noReceiptWithoutAMessageOfSomebodyElse_data() {
 void TestChatView::noReceiptWithoutAMessageOfSomebodyElse() {
     QFETCH(QByteArray, body);
     QFETCH(int, count);
-    ClientParts parts;
+    OpenChatParts parts;
     parts.socket.connect(QStringLiteral("tok"));
     const auto screen = open(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, body));
@@ -143,7 +143,7 @@ void TestChatView::aHistoryThatCanNotBeHadIsReplacedByTheSample_data() {
 
 void TestChatView::aHistoryThatCanNotBeHadIsReplacedByTheSample() {
     QFETCH(QByteArray, answer);
-    ClientParts parts;
+    OpenChatParts parts;
     parts.socket.connect(QStringLiteral("tok"));
     const auto screen = open(parts);
     // The network library asks again by itself when a connection ends without a word of HTTP.
@@ -160,7 +160,7 @@ void TestChatView::aHistoryThatCanNotBeHadIsReplacedByTheSample() {
 }
 
 void TestChatView::historyReplacesWhatArrivedMeanwhile() {
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = openChecked(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, history({record("m1", "9", 10)})).heldBack());
     screen->loadMessages();
@@ -189,7 +189,7 @@ void TestChatView::aTextGoesOutAsTyped() {
     QFETCH(QString, user);
     QFETCH(QString, text);
     QFETCH(qint64, userId);
-    ClientParts parts;
+    OpenChatParts parts;
     parts.signIn();
     const auto screen = open(parts, user);
     screen->inputText = text;
@@ -220,7 +220,7 @@ void TestChatView::blankTextIsKept_data() {
 
 void TestChatView::blankTextIsKept() {
     QFETCH(QString, text);
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = open(parts);
     screen->inputText = text;
     screen->sendMessage();
@@ -248,7 +248,7 @@ void TestChatView::theAnswerDecidesTheStatus() {
     QFETCH(int, status);
     QFETCH(QByteArray, body);
     QFETCH(int, expected);
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = open(parts);
     parts.http.answerNext(ScriptedAnswer::of(status, body));
     screen->inputText = QStringLiteral("x");
@@ -259,7 +259,7 @@ void TestChatView::theAnswerDecidesTheStatus() {
 }
 
 void TestChatView::twoSendsAreSettledEachByItsOwnAnswer() {
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = openChecked(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, R"({"message":{}})").heldBack());
     parts.http.answerNext(ScriptedAnswer::of(200, R"({"message":{}})"));
@@ -275,7 +275,7 @@ void TestChatView::twoSendsAreSettledEachByItsOwnAnswer() {
 }
 
 void TestChatView::aSendOutlivesItsScreen() {
-    ClientParts parts;
+    OpenChatParts parts;
     auto screen = open(parts);
     const std::weak_ptr<MessengerChatView> watched = screen;
     parts.http.answerNext(ScriptedAnswer::of(200, R"({"message":{}})").heldBack());
@@ -315,7 +315,7 @@ void TestChatView::anEventAppendsItsMessage() {
     QFETCH(QByteArray, message);
     QFETCH(int, type);
     QFETCH(bool, dated);
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = openChecked(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, history({record("m", "9", 5)})));
     load(*screen);
@@ -355,7 +355,7 @@ void TestChatView::badEventsAreDropped_data() {
 
 void TestChatView::badEventsAreDropped() {
     QFETCH(QByteArray, event);
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = open(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, history({})));
     load(*screen);
@@ -364,7 +364,7 @@ void TestChatView::badEventsAreDropped() {
 }
 
 void TestChatView::tenThousandEventsWhileHistoryLoadsLoseNothingOfIt() {
-    ClientParts parts;
+    OpenChatParts parts;
     const auto screen = open(parts);
     parts.http.answerNext(
         ScriptedAnswer::of(200, history({record("m1", "9", 10), record("m2", "9", 11)})).heldBack());

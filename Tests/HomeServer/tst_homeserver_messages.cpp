@@ -17,6 +17,7 @@ private Q_SLOTS:
     void badMessages_data();
     void badMessages();
     void keysAreHonoured();
+    void aKeyThatIsAFreeUuidIsTheMessagesId();
     void keysAreHonouredAfterRestart();
     void concurrentDuplicateIsOneMessage();
     void pages();
@@ -150,6 +151,24 @@ void MessagesTest::keysAreHonoured() {
     const Headers late{{"Idempotency-Key", "K-2"}};
     QCOMPARE(anna.post(path, {{"content"_L1, ""_L1}}, late).status, 400);
     QCOMPARE(anna.post(path, {{"content"_L1, "c"_L1}}, late).status, 201);
+}
+
+void MessagesTest::aKeyThatIsAFreeUuidIsTheMessagesId() {
+    Site site;
+    Person anna(site, u"anna"_s);
+    Person bert(site, u"bert"_s);
+    const QString path = u"chats/%1/messages"_s.arg(anna.directChatWith(bert));
+    const QString key = u"3F2504E0-4F89-41D3-9A0C-0305E82C3301"_s;
+    const auto idOf = [&](Person &person, const QByteArray &wanted) {
+        const Reply reply = person.post(path, {{"content"_L1, "x"_L1}}, {{"Idempotency-Key", wanted}});
+        return reply.json["message"_L1]["id"_L1].toString();
+    };
+    QCOMPARE(idOf(anna, key.toLatin1()), key);
+    // Somebody else's message stays what it is.
+    const QString other = idOf(bert, key.toLatin1());
+    QVERIFY(!other.isEmpty() && other != key);
+    QVERIFY(idOf(anna, "../../K") != "../../K"_L1);
+    QVERIFY(idOf(anna, "{3F2504E0-4F89-41D3-9A0C-0305E82C3302}").size() == 36);
 }
 
 void MessagesTest::keysAreHonouredAfterRestart() {

@@ -1,16 +1,13 @@
 """A person keeps house: channels, folders, a group, the saved chat, a search, stars, the menu of a row, all by keys."""
 
-import json
 import re
 import unittest
-import urllib.request
 
-from harness.journey import Journey
+from harness.journey import PASSWORD, Journey
 from harness.person import Person
 from harness.processes import eventually
-from harness.screen import ENTRIES, FOCUSED, LISTS, ROWS
+from harness.screen import ENTRIES, FOCUSED, ROWS
 
-PASSWORD = "correct-horse-9"
 DIALOGS = {"dialog", "alert"}
 
 
@@ -19,6 +16,7 @@ class ChatList(Journey):
         anna = self.person("anna")
         boris = self.call("/api/auth/register", {"username": "boris", "password": PASSWORD, "display_name": "Boris"})
         self.register(anna)
+        self.assert_all_named(anna, "main")
         self.picture(anna, "01-empty")
 
         self.make_channel(anna)
@@ -30,27 +28,6 @@ class ChatList(Journey):
         self.look_at_stars(anna)
         self.walk_by_keys(anna)
         anna.close_client()
-
-    def call(self, path: str, body: dict | None = None, token: str = "") -> dict:
-        request = urllib.request.Request(self.server.http + path, method="POST" if body is not None else "GET")
-        request.add_header("Content-Type", "application/json")
-        if token:
-            request.add_header("Authorization", "Bearer " + token)
-        data = json.dumps(body).encode() if body is not None else None
-        with urllib.request.urlopen(request, data, timeout=20) as answer:
-            return json.load(answer)
-
-    def register(self, person: Person) -> None:
-        screen = person.open_client()
-        screen.button("Нет аккаунта? Зарегистрироваться").press()
-        screen.entry("Имя для отображения")
-        person.fill("Логин", person.name)
-        person.fill("Пароль", PASSWORD)
-        person.fill("Имя для отображения", person.name.title())
-        person.click(screen.button("Создать аккаунт"))
-        screen.find(LISTS, "Chats")
-        screen.find(ROWS, "Lobby(,.*)?")
-        self.assert_all_named(person, "main")
 
     def make_channel(self, person: Person) -> None:
         person.screen.button("New Channel").press()
@@ -129,9 +106,7 @@ class ChatList(Journey):
     def look_at_stars(self, person: Person) -> None:
         person.close_client()
         # Stars come with the start.
-        token = self.call(
-            "/api/auth/login", {"username": person.name, "password": PASSWORD, "device_id": "another"}
-        )["token"]
+        token = self.sign_in(person.name)["token"]
         found = self.call("/api/messenger/search/global?q=roses&user_id=0", None, token)["messages"][0]
         self.call(f"/api/messenger/messages/{found['id']}/star", {}, token)
         person.open_client()

@@ -1,17 +1,22 @@
 """The frame of one journey: what is started before it and ended after it, and what it leaves on failure."""
 
+import json
 import os
+import re
 import shutil
 import sys
 import tempfile
 import unittest
+import urllib.request
 from pathlib import Path
 
 from . import processes
 from .person import Person
+from .screen import ENTRIES, FOCUSED, LISTS, ROWS
 from .server import HomeServer
 
 BUILD = Path(os.environ["ORVANETALK_BUILD"])
+PASSWORD = "correct-horse-9"
 
 
 class Journey(unittest.TestCase):
@@ -31,6 +36,37 @@ class Journey(unittest.TestCase):
         person = Person(name, BUILD / "bin/orvanetalk", folder, self.server)
         self.people.append(person)
         return person
+
+    def call(self, path: str, body: dict | None = None, token: str = "") -> dict:
+        """One request to the home server, past the client."""
+        request = urllib.request.Request(self.server.http + path, method="POST" if body is not None else "GET")
+        request.add_header("Content-Type", "application/json")
+        if token:
+            request.add_header("Authorization", "Bearer " + token)
+        data = json.dumps(body).encode() if body is not None else None
+        with urllib.request.urlopen(request, data, timeout=20) as answer:
+            return json.load(answer)
+
+    def sign_in(self, name: str) -> dict:
+        """`token` and `user` of a device beside the client."""
+        return self.call("/api/auth/login", {"username": name, "password": PASSWORD, "device_id": "another"})
+
+    def register(self, person: Person) -> None:
+        """Through the window, up to the main screen."""
+        screen = person.open_client()
+        screen.button("Нет аккаунта? Зарегистрироваться").press()
+        screen.entry("Имя для отображения")
+        person.fill("Логин", person.name)
+        person.fill("Пароль", PASSWORD)
+        person.fill("Имя для отображения", person.name.title())
+        person.click(screen.button("Создать аккаунт"))
+        screen.find(LISTS, "Chats")
+        screen.find(ROWS, "Lobby(,.*)?")
+
+    def open_chat(self, person: Person, chat: str) -> None:
+        """By a pattern for the beginning of its row's name."""
+        person.click(person.screen.find(ROWS, f"{chat}(,.*)?"))
+        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
 
     def picture(self, person: Person, name: str) -> None:
         """For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder."""

@@ -15,6 +15,7 @@ DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_B
 class Person:
     def __init__(self, name: str, program: Path, folder: Path, server: HomeServer) -> None:
         self.name = name
+        self.home = folder / "home"
         self._program = program
         self._folder = folder
         self._client: subprocess.Popen | None = None
@@ -22,7 +23,7 @@ class Person:
 
         self.environment = {key: value for key, value in os.environ.items() if key not in DESKTOP_VARIABLES}
         self.environment |= {
-            "HOME": str(folder / "home"),
+            "HOME": str(self.home),
             "XDG_CONFIG_HOME": str(folder / "config"),
             "XDG_DATA_HOME": str(folder / "data"),
             "XDG_CACHE_HOME": str(folder / "cache"),
@@ -77,8 +78,16 @@ class Person:
 
     def close_client(self) -> None:
         """Closes the window as its frame does; the client must then end by itself and in order."""
-        assert self._client
+        self.close_window()
+        self.wait_for_end()
+
+    def close_window(self) -> None:
         self._x("key", "--clearmodifiers", "alt+F4")
+        gone = lambda: not self._x("search", "--onlyvisible", "--name", "^OrvaneTalk$", fails=True)
+        processes.eventually("the window is closed", gone)
+
+    def wait_for_end(self) -> None:
+        assert self._client
         try:
             code = self._client.wait(20 * processes.SLOWNESS)
         except subprocess.TimeoutExpired:
@@ -94,9 +103,9 @@ class Person:
     def keyring_labels(self) -> list[str]:
         return keyring_labels(self.environment["DBUS_SESSION_BUS_ADDRESS"])
 
-    def click(self, node: Node) -> None:
+    def click(self, node: Node, button: int = 1) -> None:
         x, y = node.middle()
-        self._x("mousemove", str(x), str(y), "click", "1")
+        self._x("mousemove", str(x), str(y), "click", str(button))
 
     def type(self, text: str) -> None:
         self._x("type", "--delay", "15", text)

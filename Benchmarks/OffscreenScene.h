@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Interface/SymbolImages.h"
+
+#include <QCoreApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickGraphicsDevice>
+#include <QQuickItem>
+#include <QQuickRenderControl>
+#include <QQuickRenderTarget>
+#include <QQuickWindow>
+
+#include <memory>
+
+namespace orvane::benchmarks {
+
+/// A screen of one QML file, drawn into an image by the processor alone, a frame whenever one is asked for.
+class OffscreenScene {
+public:
+    static constexpr QSize size{900, 650};
+
+    OffscreenScene(const QUrl &file, const QVariantMap &properties)
+        : m_window(&m_control) {
+        m_engine.addImportPath(QStringLiteral("qrc:/"));
+        m_engine.addImageProvider(QStringLiteral("symbol"), new SymbolImages);
+        m_window.resize(size);
+        m_window.contentItem()->setSize(size);
+        m_window.setRenderTarget(QQuickRenderTarget::fromPaintDevice(&m_image));
+        QQmlComponent component(&m_engine, file);
+        m_root.reset(qobject_cast<QQuickItem *>(component.createWithInitialProperties(properties)));
+        if (!m_root)
+            qFatal("%s", qUtf8Printable(component.errorString()));
+        m_root->setSize(size);
+        m_root->setParentItem(m_window.contentItem());
+    }
+
+    QQuickItem *root() const { return m_root.get(); }
+    QQmlEngine &engine() { return m_engine; }
+
+    /// The first list of views in the scene.
+    QQuickItem *listView() const {
+        for (QQuickItem *item : m_root->findChildren<QQuickItem *>()) {
+            if (item->inherits("QQuickListView"))
+                return item;
+        }
+        qFatal("The scene has no list.");
+    }
+
+    void frame() {
+        QCoreApplication::processEvents();
+        // Outside of exec() nothing else lets go of what is to be deleted later.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_control.polishItems();
+        m_control.beginFrame();
+        m_control.sync();
+        m_control.render();
+        m_control.endFrame();
+    }
+
+private:
+    QImage m_image{size, QImage::Format_ARGB32_Premultiplied};
+    QQmlEngine m_engine;
+    QQuickRenderControl m_control;
+    QQuickWindow m_window;
+    std::unique_ptr<QQuickItem> m_root;
+};
+
+} // namespace orvane::benchmarks

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+namespace orvane {
+
+/// Without the spaces and tabs at both ends; line breaks stay.
+inline QString withoutBlanks(QString text) {
+    const auto isBlank = [](QChar c) { return c.category() == QChar::Separator_Space || c == u'\t'; };
+    while (!text.isEmpty() && isBlank(text.front()))
+        text.remove(0, 1);
+    while (!text.isEmpty() && isBlank(text.back()))
+        text.chop(1);
+    return text;
+}
+
+} // namespace orvane

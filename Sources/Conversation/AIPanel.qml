@@ -1,0 +1,68 @@
+import QtQuick
+import QtQuick.Templates as T
+import OrvaneTalk.Conversation
+import OrvaneTalk.Interface
+
+// A line to the agent, and its last answer.
+Rectangle {
+    id: root
+
+    required property MessengerChatView screen
+
+    visible: screen.showAIPanel
+    implicitHeight: visible ? column.implicitHeight + 2 * Theme.gap12 : 0
+    color: Theme.surface
+    onVisibleChanged: if (visible) field.forceActiveFocus()
+
+    Column {
+        id: column
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 2 * Theme.gap16, 760)
+        spacing: Theme.gap8
+
+        Flickable {
+            width: parent.width
+            height: Math.min(answer.implicitHeight, 180)
+            visible: root.screen.aiResponse !== undefined
+            contentHeight: answer.implicitHeight
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            T.ScrollBar.vertical: ScrollThumb {}
+
+            PlainText {
+                id: answer
+                width: parent.width - Theme.gap12
+                text: root.screen.aiResponse ?? ""
+                wrapMode: Text.Wrap
+                elide: Text.ElideNone
+                lineHeight: Theme.lineHeight
+            }
+        }
+        Row {
+            width: parent.width
+            spacing: Theme.gap8
+
+            FormField {
+                id: field
+                width: parent.width - ask.width - Theme.gap8
+                placeholderText: "Ask AI… /schedule, /search, /translate"
+                text: root.screen.aiRequest
+                onTextChanged: root.screen.aiRequest = text
+                onAccepted: root.screen.sendAgentMessage()
+                Keys.onEscapePressed: root.screen.showAIPanel = false
+            }
+            PrimaryButton {
+                id: ask
+                text: "Ask"
+                busy: root.screen.isAILoading
+                enabled: field.text.trim() !== ""
+                onClicked: root.screen.sendAgentMessage()
+            }
+        }
+    }
+    Rectangle {
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        height: 1
+        color: Theme.divider
+    }
+}

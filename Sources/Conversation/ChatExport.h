@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+namespace orvane {
+
+class MessengerChatView;
+
+/// Every message's text on a line of its own, without senders and times.
+QString exportedConversation(MessengerChatView &screen);
+
+/// Writes the text as UTF-8 in place of whatever stood there, or not at all; a failure is dropped. Off the
+/// main thread.
+void writeExport(const QUrl &file, const QString &text);
+
+} // namespace orvane

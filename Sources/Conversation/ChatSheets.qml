@@ -1,0 +1,65 @@
+import QtQuick
+import OrvaneTalk.Conversation
+import OrvaneTalk.Interface
+import OrvaneTalk.RichContent
+
+// What opens over the chat, each made when it is asked for.
+Item {
+    id: root
+
+    required property MessengerChatView screen
+
+    SheetLoader {
+        shown: root.screen.showPollCreator
+        sourceComponent: PollCreatorSheet {
+            chatID: root.screen.chat.id
+            currentUserID: root.screen.currentUserID
+            onCreated: poll => root.screen.sendPoll(poll)
+            onClosed: root.screen.showPollCreator = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.showEditAlert
+        sourceComponent: EditSheet {
+            screen: root.screen
+            onClosed: root.screen.showEditAlert = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.showForwardPicker
+        sourceComponent: ForwardPickerSheet {
+            screen: root.screen
+            onClosed: root.screen.showForwardPicker = false
+        }
+    }
+    SheetLoader {
+        shown: root.screen.deletingMessage !== undefined
+        sourceComponent: DeleteSheet {
+            onConfirmed: root.screen.performDelete()
+            onClosed: root.screen.keepMessage()
+        }
+    }
+    Loader {
+        id: exporter
+
+        property string text
+
+        active: false
+        source: "ExportDialog.qml"
+        onLoaded: {
+            item.accepted.connect(() => root.screen.saveExport(item.selectedFile, exporter.text));
+            item.visibleChanged.connect(() => { if (!item.visible) Qt.callLater(() => exporter.active = false); });
+            item.currentFolder = root.screen.exportFolder();
+            item.currentFile = root.screen.exportFolder() + "/chat.md";
+            item.open();
+        }
+
+        Connections {
+            target: root.screen
+            function onExportRequested(text) {
+                exporter.text = text;
+                exporter.active = true;
+            }
+        }
+    }
+}

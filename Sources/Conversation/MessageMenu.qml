@@ -1,0 +1,79 @@
+import QtQuick
+import OrvaneTalk.Conversation
+import OrvaneTalk.Interface
+import OrvaneTalk.Model
+
+// What can be done with one message.
+ContextMenu {
+    id: root
+
+    required property MessengerChatView screen
+    /// As it was when the menu opened.
+    property messengerMessage record
+    readonly property bool own: record.senderID === screen.currentUserID
+    readonly property bool pinned: {
+        void screen.pinnedMessageIDs;
+        return screen.isPinned(record.id);
+    }
+
+    ContextMenuItem {
+        text: "Copy"
+        symbol: "doc.on.doc"
+        onTriggered: root.screen.copyMessage(root.record)
+    }
+    ContextMenuItem {
+        visible: root.own
+        height: visible ? implicitHeight : 0
+        text: "Edit"
+        symbol: "pencil"
+        onTriggered: root.screen.editMessage(root.record)
+    }
+    ContextMenuItem {
+        visible: root.own
+        height: visible ? implicitHeight : 0
+        text: "Delete"
+        symbol: "trash"
+        dangerous: true
+        onTriggered: root.screen.deleteMessage(root.record)
+    }
+    ContextMenuItem {
+        text: "Forward"
+        symbol: "arrowshape.turn.up.right"
+        onTriggered: root.screen.pickForward(root.record)
+    }
+    ContextMenuItem {
+        text: root.record.isStarred ? "Unstar" : "Star"
+        symbol: root.record.isStarred ? "star.fill" : "star"
+        onTriggered: root.screen.toggleStar(root.record)
+    }
+    ContextMenuItem {
+        text: root.screen.translatingMsgID === root.record.id ? "Translating..." : "Translate"
+        symbol: "globe"
+        onTriggered: root.screen.translateAction(root.record)
+    }
+    ContextMenuItem {
+        text: "Reply"
+        symbol: "arrowshape.turn.up.left"
+        onTriggered: root.screen.replyTo(root.record)
+    }
+    ContextMenuItem {
+        text: root.pinned ? "Unpin" : "Pin"
+        symbol: root.pinned ? "pin.slash" : "pin"
+        onTriggered: root.screen.pinUnpinMessage(root.record)
+    }
+    ContextMenu {
+        title: "React"
+        implicitWidth: 120
+
+        Repeater {
+            model: ["👍", "❤️", "😂", "🔥", "👏"]
+            delegate: ContextMenuItem {
+                required property string modelData
+
+                implicitWidth: 112
+                text: modelData
+                onTriggered: root.screen.reactToMessage(root.record, modelData)
+            }
+        }
+    }
+}

@@ -1,0 +1,63 @@
+import QtQuick
+import OrvaneTalk.Conversation
+import OrvaneTalk.Interface
+
+// The message that is being answered.
+Rectangle {
+    id: root
+
+    required property MessengerChatView screen
+    readonly property var replied: screen.replyToMessage
+    readonly property int side: Math.max(Theme.gap16, Math.round((width - 760) / 2))
+
+    visible: replied !== undefined
+    implicitHeight: visible ? 52 : 0
+    color: Theme.surface
+
+    Rectangle {
+        x: root.side
+        anchors.verticalCenter: parent.verticalCenter
+        width: 3
+        height: 36
+        radius: 1.5
+        color: Theme.accent
+    }
+    Column {
+        anchors {
+            left: parent.left; leftMargin: root.side + Theme.gap12
+            right: close.left; rightMargin: Theme.gap8
+            verticalCenter: parent.verticalCenter
+        }
+
+        PlainText {
+            width: parent.width
+            text: !root.replied ? ""
+                : root.replied.senderID === root.screen.currentUserID ? "You"
+                : root.screen.senderName(root.replied.senderID)
+            font.family: Theme.secondaryFont.family
+            font.pixelSize: Theme.secondaryFont.pixelSize
+            font.weight: Font.DemiBold
+            color: Theme.accent
+        }
+        PlainText {
+            width: parent.width
+            text: root.replied ? root.screen.plainText(root.replied.content).slice(0, 200).replace(/\s+/g, " ") : ""
+            font: Theme.secondaryFont
+            color: Theme.dimmed
+            maximumLineCount: 1
+        }
+    }
+    SymbolButton {
+        id: close
+        anchors { right: parent.right; rightMargin: root.side - Theme.gap8; verticalCenter: parent.verticalCenter }
+        symbol: "xmark.circle.fill"
+        symbolSize: 16
+        text: "Cancel reply"
+        onClicked: root.screen.cancelReply()
+    }
+    Rectangle {
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        height: 1
+        color: Theme.divider
+    }
+}

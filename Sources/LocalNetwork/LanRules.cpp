@@ -1,0 +1,34 @@
+#include "LocalNetwork/LanRules.h"
+
+#include <QStringList>
+
+namespace orvane::lan {
+
+bool isPrivateLAN(const QString &ip) {
+    QList<qint64> numbers;
+    const QStringList pieces = ip.split(u'.', Qt::SkipEmptyParts);
+    for (const QString &piece : pieces) {
+        bool isNumber = false;
+        const qint64 number = piece.toLongLong(&isNumber);
+        if (isNumber)
+            numbers.append(number);
+    }
+    if (numbers.size() != 4)
+        return false;
+    const qint64 first = numbers.at(0);
+    const qint64 second = numbers.at(1);
+    return first == 10 || (first == 192 && second == 168) || (first == 172 && second >= 16 && second <= 31);
+}
+
+std::optional<QString> localLANIP(const QList<InterfaceAddress> &addresses) {
+    for (const InterfaceAddress &entry : addresses)
+        if (entry.interfaceName.startsWith(QLatin1String("en")) && isPrivateLAN(entry.address))
+            return entry.address;
+    return std::nullopt;
+}
+
+bool dials(const QString &ownId, const QString &peerId) {
+    return ownId < peerId;
+}
+
+} // namespace orvane::lan

@@ -1,0 +1,12 @@
+#include "Platform/Pasteboard.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+namespace orvane {
+
+void setPasteboardText(const QString &text) {
+    QGuiApplication::clipboard()->setText(text);
+}
+
+} // namespace orvane

@@ -1,0 +1,88 @@
+#include "Platform/TrayMenu.h"
+
+#include <QDBusMetaType>
+
+namespace orvane {
+
+namespace {
+
+constexpr uint revision = 1;
+
+} // namespace
+
+TrayMenu::TrayMenu(const QStringList &labels)
+    : m_labels(labels) {
+    qDBusRegisterMetaType<TrayMenuNode>();
+    qDBusRegisterMetaType<TrayMenuProperties>();
+    qDBusRegisterMetaType<QList<TrayMenuProperties>>();
+}
+
+TrayMenuNode TrayMenu::node(int id) const {
+    if (id == 0)
+        return {id, {{QStringLiteral("children-display"), QStringLiteral("submenu")}}, {}};
+    return {id, {{QStringLiteral("label"), m_labels.at(id - 1)}}, {}};
+}
+
+uint TrayMenu::GetLayout(int parent, int depth, const QStringList &, TrayMenuNode &layout) {
+    if (parent < 0 || parent > m_labels.size()) {
+        sendErrorReply(QDBusError::InvalidArgs);
+        return revision;
+    }
+    layout = node(parent);
+    if (parent == 0 && depth != 0) {
+        for (int id = 1; id <= m_labels.size(); ++id)
+            layout.children.append(QVariant::fromValue(node(id)));
+    }
+    return revision;
+}
+
+QList<TrayMenuProperties> TrayMenu::GetGroupProperties(const QList<int> &ids, const QStringList &) {
+    QList<TrayMenuProperties> found;
+    for (int id = 0; id <= m_labels.size(); ++id) {
+        if (ids.isEmpty() || ids.contains(id))
+            found.append({id, node(id).properties});
+    }
+    return found;
+}
+
+QDBusVariant TrayMenu::GetProperty(int id, const QString &name) {
+    const QVariant value = id >= 0 && id <= m_labels.size() ? node(id).properties.value(name) : QVariant();
+    if (!value.isValid())
+        sendErrorReply(QDBusError::InvalidArgs);
+    return QDBusVariant(value);
+}
+
+void TrayMenu::Event(int id, const QString &event, const QDBusVariant &, uint) {
+    if (event == QLatin1String("clicked") && id >= 1 && id <= m_labels.size())
+        Q_EMIT chosen(id - 1);
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const TrayMenuNode &node) {
+    argument.beginStructure();
+    argument << node.id << node.properties << node.children;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, TrayMenuNode &node) {
+    argument.beginStructure();
+    argument >> node.id >> node.properties >> node.children;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument &operator<<(QDBusArgument &argument, const TrayMenuProperties &entry) {
+    argument.beginStructure();
+    argument << entry.id << entry.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, TrayMenuProperties &entry) {
+    argument.beginStructure();
+    argument >> entry.id >> entry.properties;
+    argument.endStructure();
+    return argument;
+}
+
+} // namespace orvane

@@ -1,0 +1,125 @@
+"""Direct delivery is switched on, finds who is on the same network, and links with whoever answers."""
+
+import base64
+import json
+import os
+import socket
+import subprocess
+import unittest
+import urllib.request
+
+from harness.journey import Journey
+from harness.network import alone, run
+from harness.person import Person
+from harness.processes import eventually, first_line, start
+from harness.screen import LISTS, ROWS
+
+PASSWORD = "correct-horse-9"
+TEXTS = {"label", "static", "text", "heading", "alert message"}
+PEERS = "Соседи в Wi‑Fi"
+# Says what it hears, as a neighbour who never talks.
+NEIGHBOUR = """
+import socket
+with socket.create_server(("", 9477)) as server:
+    print("listening", flush=True)
+    link = server.accept()[0]
+    while heard := link.recv(4096):
+        print(heard, flush=True)
+"""
+
+
+class LocalNetwork(Journey):
+    def test_switching_it_on(self) -> None:
+        run("ip netns add neighbour")
+        run("ip link add en0 type veth peer name en0 netns neighbour")
+        run("ip link set en0 up")
+        run("ip -n neighbour address add 10.77.0.2/24 dev en0")
+        run("ip -n neighbour link set en0 up")
+        anna = self.person("anna")
+        self.register(anna)
+        anna.screen.button("P2P").press()
+        switch = anna.screen.button("P2P-режим (LAN)")
+        self.assert_all_named(anna, "direct delivery")
+        self.picture(anna, "40-lan-off")
+
+        anna.click(switch)
+        anna.screen.find(TEXTS, "LAN IP не найден \\(нужен Wi‑Fi: 192.168.x.x / 10.x.x.x\\)")
+        self.picture(anna, "41-lan-no-address")
+
+        run("ip address add 10.77.0.1/24 dev en0")
+        anna.key("space")
+        for text in ("Локальный IP: 10.77.0.1", "Подсеть: 10.77.0.0/24", "TCP связано: 0", "Никого не найдено.*"):
+            anna.screen.find(TEXTS, text)
+        self.picture(anna, "42-lan-nobody")
+
+        neighbour = start(
+            ["ip", "netns", "exec", "neighbour", "python3", "-c", NEIGHBOUR],
+            dict(os.environ),
+            self.folder / "neighbour.log",
+            stdout=subprocess.PIPE,
+        )
+        self.assertEqual("listening", first_line(neighbour.stdout, "the neighbour"))
+        self.arrive("boris", "10.77.0.2")
+        with self.go_online(self.arrive("clara", "10.77.0.3")):
+            self.arrive("dmitri", "10.77.0.4")
+            anna.screen.button("Обновить").press()
+            self.assertIn('"type":"hello"', first_line(neighbour.stdout, "the neighbour"))
+            anna.screen.find(TEXTS, "TCP связано: 1")
+            anna.screen.button("Обновить").press()
+            expected = ["Boris, 10.77.0.2, 🔗 связан", "Clara, 10.77.0.3, 🟢 online", "Dmitri, 10.77.0.4, ⚪ offline"]
+            eventually("three neighbours", lambda: anna.screen.rows(PEERS) == expected)
+            self.assert_all_named(anna, "neighbours")
+            self.picture(anna, "43-lan-neighbours")
+
+        anna.screen.button("P2P-режим (LAN)").press()
+        eventually("nobody is shown", lambda: not anna.screen.look(LISTS, PEERS))
+        anna.close_client()
+
+    def arrive(self, name: str, address: str) -> str:
+        """Somebody who has told the server where they are."""
+        who = {"username": name, "password": PASSWORD, "display_name": name.title(), "device_id": name}
+        token = self.post("/api/auth/register", who)["token"]
+        self.post("/api/messenger/p2p/register", {"local_ip": address, "device_id": name}, token)
+        return token
+
+    def post(self, path: str, body: dict, token: str = "") -> dict:
+        request = urllib.request.Request(self.server.http + path, json.dumps(body).encode())
+        request.add_header("Content-Type", "application/json")
+        if token:
+            request.add_header("Authorization", "Bearer " + token)
+        with urllib.request.urlopen(request, timeout=20) as answer:
+            return json.load(answer)
+
+    def go_online(self, token: str) -> socket.socket:
+        """An event socket that has shown its token."""
+        host, port = self.server.events.removeprefix("ws://").strip("/").split(":")
+        events = socket.create_connection((host, int(port)), timeout=20)
+        key = base64.b64encode(os.urandom(16)).decode()
+        upgrade = f"Host: {host}\r\nUpgrade: websocket\r\nConnection: Upgrade\r\nSec-WebSocket-Version: 13\r\nSec-WebSocket-Key: {key}"
+        events.sendall(f"GET / HTTP/1.1\r\n{upgrade}\r\n\r\n".encode())
+        self.assertIn(b" 101 ", events.recv(4096))
+        for message in ({"type": "auth", "token": token}, {"type": "ping"}):
+            text = json.dumps(message).encode()
+            length = bytes([0x80 | len(text)]) if len(text) < 126 else b"\xfe" + len(text).to_bytes(2, "big")
+            # Final, text, masked with zeros.
+            events.sendall(b"\x81" + length + bytes(4) + text)
+        # The answer to the ping comes after the token has been looked at.
+        heard = b""
+        while b"pong" not in heard:
+            heard += events.recv(4096)
+        return events
+
+    def register(self, person: Person) -> None:
+        screen = person.open_client()
+        screen.button("Нет аккаунта? Зарегистрироваться").press()
+        screen.entry("Имя для отображения")
+        person.fill("Логин", person.name)
+        person.fill("Пароль", PASSWORD)
+        person.fill("Имя для отображения", person.name.title())
+        person.click(screen.button("Создать аккаунт"))
+        screen.find(ROWS, "Lobby(,.*)?")
+
+
+if __name__ == "__main__":
+    alone()
+    unittest.main()

@@ -1,0 +1,108 @@
+"""A person closes the window: the client stays in the tray where there is one, and goes on counting."""
+
+import unittest
+
+from gi.repository import Gio, GLib
+
+from harness import bus
+from harness.journey import PASSWORD, Journey
+from harness.person import Person
+from harness.processes import eventually
+from harness.screen import ROWS
+
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+WATCHER = """<node><interface name="org.kde.StatusNotifierWatcher">
+  <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
+  <property name="IsStatusNotifierHostRegistered" type="b" access="read"/>
+</interface></node>"""
+
+
+class Tray:
+    """The tray of a person's desktop. It answers while `has_item` is asked."""
+
+    def __init__(self, person: Person) -> None:
+        self._bus = bus.connect(person.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self._item = ""
+        self._watched = False
+        self._bus.register_object(
+            "/StatusNotifierWatcher",
+            Gio.DBusNodeInfo.new_for_xml(WATCHER).interfaces[0],
+            self._take_item,
+            self._tell_of_host,
+            None,
+        )
+        request = GLib.Variant("(su)", ("org.kde.StatusNotifierWatcher", 0))
+        self._ask("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName", request)
+
+    def _take_item(self, _bus, _sender, _path, _interface, _method, parameters, invocation) -> None:
+        self._item = parameters.unpack()[0]
+        invocation.return_value(None)
+
+    def _tell_of_host(self, *_) -> GLib.Variant:
+        self._watched = True
+        return GLib.Variant("b", True)
+
+    def _ask(self, name: str, path: str, interface: str, method: str, arguments: GLib.Variant) -> tuple:
+        return self._bus.call_sync(
+            name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 10_000, None
+        ).unpack()
+
+    def has_item(self) -> bool:
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._item != "" and self._watched
+
+    def look(self, what: str):
+        arguments = GLib.Variant("(ss)", (ITEM, what))
+        return self._ask(self._item, "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", arguments)[0]
+
+    def click(self) -> None:
+        self._ask(self._item, "/StatusNotifierItem", ITEM, "Activate", GLib.Variant("(ii)", (0, 0)))
+
+    def choose(self, label: str) -> None:
+        arguments = GLib.Variant("(iias)", (0, -1, []))
+        entries = self._ask(self._item, self.look("Menu"), MENU, "GetLayout", arguments)[1][2]
+        entry = next(number for number, shown, _ in entries if shown["label"] == label)
+        clicked = GLib.Variant("(isvu)", (entry, "clicked", GLib.Variant("i", 0), 0))
+        self._ask(self._item, self.look("Menu"), MENU, "Event", clicked)
+
+
+class TrayJourney(Journey):
+    def test_closing_the_window(self) -> None:
+        anna = self.person("anna")
+        self.register(anna)
+        # Without a tray that is the end.
+        anna.close_client()
+
+        tray = Tray(anna)
+        anna.open_client()
+        self.open_chat(anna, "Lobby")
+        eventually("the client is in the tray", tray.has_item)
+        # Whatever the tray said before, the client has heard once it answers this.
+        self.assertEqual("", tray.look("ToolTip")[3])
+        plain = tray.look("IconPixmap")
+        anna.close_window()
+        self.write_to_lobby()
+        eventually("the message is counted", lambda: tray.look("ToolTip")[3] == "1 unread")
+        self.assertNotEqual(plain, tray.look("IconPixmap"))
+
+        tray.click()
+        anna.screen.find(ROWS, "Lobby, .*, 1 unread")
+        self.picture(anna, "tray-01-back")
+        anna.close_window()
+        tray.choose("Open OrvaneTalk")
+        anna.screen.find(ROWS, "Lobby, .*, 1 unread")
+        tray.choose("Quit")
+        anna.wait_for_end()
+
+    def write_to_lobby(self) -> None:
+        boris = {"username": "boris", "password": PASSWORD, "display_name": "Boris"}
+        token = self.call("/api/auth/register", boris)["token"]
+        chats = self.call("/api/messenger/chats", None, token)["chats"]
+        lobby = next(chat["id"] for chat in chats if chat["title"] == "Lobby")
+        self.call(f"/api/messenger/chats/{lobby}/messages", {"content": "Are you there?"}, token)
+
+
+if __name__ == "__main__":
+    unittest.main()
