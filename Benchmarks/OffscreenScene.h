@@ -38,13 +38,13 @@ public:
     QQuickItem *root() const { return m_root.get(); }
     QQmlEngine &engine() { return m_engine; }
 
-    /// The first list of views in the scene.
-    QQuickItem *listView() const {
+    /// The list view with so many rows.
+    QQuickItem *listOf(int count) const {
         for (QQuickItem *item : m_root->findChildren<QQuickItem *>()) {
-            if (item->inherits("QQuickListView"))
+            if (item->inherits("QQuickListView") && item->property("count").toInt() == count)
                 return item;
         }
-        qFatal("The scene has no list.");
+        qFatal("The scene has no list of %d.", count);
     }
 
     void frame() {

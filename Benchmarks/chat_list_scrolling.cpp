@@ -37,8 +37,8 @@ int main(int argc, char **argv) {
                                       {{u"screen"_s, QVariant::fromValue(&desk.list())}});
     benchmarks::OffscreenScene plain(QUrl(u"qrc:/PlainList/PlainList.qml"_s), {{u"count"_s, chats}});
     desk.awaitChats();
-    QQuickItem *chatList = screen.listView();
-    QQuickItem *plainList = plain.listView();
+    QQuickItem *chatList = screen.listOf(chats);
+    QQuickItem *plainList = plain.listOf(chats);
     plainList->setSize(chatList->size());
     benchmarks::ratio(
         "60 frames, 12 px a frame", 41, [&] { return scroll(screen, chatList, 12); },

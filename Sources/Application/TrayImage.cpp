@@ -12,7 +12,7 @@ namespace orvane {
 namespace {
 
 // It stands on a panel of the desktop, whose colours are not the window's.
-constexpr QRgb bubbleColour = 0xff2565c7;
+constexpr QRgb bubbleColour = 0xff00996b;
 constexpr QRgb badgeColour = 0xffb3261e;
 
 /// In a square of 1.

@@ -47,7 +47,7 @@ QCoro::Task<void> ChatAssistant::ask(Screen screen, QString request) {
             co_await screen->parts().api.aiAgentChat(request, screen->chat.id, screen->currentUserID);
         screen->isAILoading = false;
         if (const auto reply = json::text(answer, u"reply"))
-            screen->aiResponse = *reply;
+            screen->aiResponse = reply;
         const QJsonObject action = json::object(answer, u"action").value_or(QJsonObject());
         if (const auto type = json::text(action, u"type"))
             ChatAssistant(*screen).handleAgentAction(*type,
