@@ -3,18 +3,18 @@
 import base64
 import json
 import os
+import re
 import socket
 import subprocess
 import unittest
-import urllib.request
 
-from harness.journey import Journey
+from harness.journey import BUILD, PASSWORD, Journey
 from harness.network import alone, run
 from harness.person import Person
 from harness.processes import eventually, first_line, start
-from harness.screen import LISTS, ROWS
+from harness.screen import ENTRIES, LISTS, ROWS
+from harness.server import HomeServer
 
-PASSWORD = "correct-horse-9"
 TEXTS = {"label", "static", "text", "heading", "alert message"}
 PEERS = "Соседи в Wi‑Fi"
 # Says what it hears, as a neighbour who never talks.
@@ -32,6 +32,7 @@ class LocalNetwork(Journey):
     def test_switching_it_on(self) -> None:
         run("ip netns add neighbour")
         run("ip link add en0 type veth peer name en0 netns neighbour")
+        self.addCleanup(run, "ip link del en0")
         run("ip link set en0 up")
         run("ip -n neighbour address add 10.77.0.2/24 dev en0")
         run("ip -n neighbour link set en0 up")
@@ -75,20 +76,62 @@ class LocalNetwork(Journey):
         eventually("nobody is shown", lambda: not anna.screen.look(LISTS, PEERS))
         anna.close_client()
 
+    def test_talking_without_the_server(self) -> None:
+        run("ip link add switch type bridge")
+        run("ip link set switch up")
+        run("ip address add 10.77.0.254/24 dev switch")
+        self.server.stop()
+        self.server = HomeServer(BUILD / "bin/orvanetalk-homeserver", self.folder / "reachable", "10.77.0.254")
+        self.server.start()
+        anna, boris = self.at_a_host("anna", "10.77.0.1"), self.at_a_host("boris", "10.77.0.2")
+        for person in (anna, boris):
+            self.register(person)
+            person.close_client()
+        one, other = self.sign_in("anna"), self.sign_in("boris")
+        self.call(
+            "/api/messenger/chats",
+            {"user_id": one["user"]["id"], "type": "direct", "title": None, "participants": [other["user"]["id"]]},
+            one["token"],
+        )
+        for person, peer in ((boris, "Anna"), (anna, "Boris")):
+            person.open_client()
+            self.open_chat(person, peer)
+            person.screen.button("P2P").press()
+            person.click(person.screen.button("P2P-режим (LAN)"))
+            person.screen.find(TEXTS, "Подсеть: 10.77.0.0/24")
+        for person in (anna, boris):
+            person.screen.find(TEXTS, "TCP связано: 1")
+            person.key("Escape")
+            eventually("the sheet is closed", lambda p=person: not p.screen.look(TEXTS, "TCP связано: 1"))
+
+        self.server.stop()
+        for speaker, listener, text in ((anna, boris, "Still there?"), (boris, anna, "Still here")):
+            speaker.click(speaker.screen.find(ENTRIES, re.escape("Message...")))
+            speaker.type(text)
+            speaker.key("Return")
+            speaker.screen.find(ROWS, f"You, {re.escape(text)}, .*, sent")
+            listener.screen.find(ROWS, f".*, {re.escape(text)}, .*, received")
+        for person in (anna, boris):
+            person.close_client()
+
+    def at_a_host(self, name: str, address: str) -> Person:
+        """Somebody whose client runs on a host of its own."""
+        run(f"ip netns add {name}")
+        run(f"ip link add port-{name} type veth peer name en0 netns {name}")
+        run(f"ip link set port-{name} master switch up")
+        run(f"ip -n {name} link set lo up")
+        run(f"ip -n {name} address add {address}/24 dev en0")
+        run(f"ip -n {name} link set en0 up")
+        person = self.person(name)
+        person.started_by = ["ip", "netns", "exec", name]
+        return person
+
     def arrive(self, name: str, address: str) -> str:
         """Somebody who has told the server where they are."""
         who = {"username": name, "password": PASSWORD, "display_name": name.title(), "device_id": name}
-        token = self.post("/api/auth/register", who)["token"]
-        self.post("/api/messenger/p2p/register", {"local_ip": address, "device_id": name}, token)
+        token = self.call("/api/auth/register", who)["token"]
+        self.call("/api/messenger/p2p/register", {"local_ip": address, "device_id": name}, token)
         return token
-
-    def post(self, path: str, body: dict, token: str = "") -> dict:
-        request = urllib.request.Request(self.server.http + path, json.dumps(body).encode())
-        request.add_header("Content-Type", "application/json")
-        if token:
-            request.add_header("Authorization", "Bearer " + token)
-        with urllib.request.urlopen(request, timeout=20) as answer:
-            return json.load(answer)
 
     def go_online(self, token: str) -> socket.socket:
         """An event socket that has shown its token."""
@@ -108,16 +151,6 @@ class LocalNetwork(Journey):
         while b"pong" not in heard:
             heard += events.recv(4096)
         return events
-
-    def register(self, person: Person) -> None:
-        screen = person.open_client()
-        screen.button("Нет аккаунта? Зарегистрироваться").press()
-        screen.entry("Имя для отображения")
-        person.fill("Логин", person.name)
-        person.fill("Пароль", PASSWORD)
-        person.fill("Имя для отображения", person.name.title())
-        person.click(screen.button("Создать аккаунт"))
-        screen.find(ROWS, "Lobby(,.*)?")
 
 
 if __name__ == "__main__":

@@ -18,6 +18,8 @@ class Person:
         self.home = folder / "home"
         self._program = program
         self._folder = folder
+        # What the client is started by, where that is not this process alone.
+        self.started_by: list[str] = []
         self._client: subprocess.Popen | None = None
         self._screen: Screen | None = None
 
@@ -67,7 +69,7 @@ class Person:
         return done.stdout if done.returncode == 0 else None
 
     def open_client(self) -> Screen:
-        self._client = processes.start([str(self._program)], self.environment, self._folder / "client.log")
+        self._client = processes.start([*self.started_by, str(self._program)], self.environment, self._folder / "client.log")
         self._screen = Screen(self._accessibility)
         return self._screen
 

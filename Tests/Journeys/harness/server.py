@@ -9,9 +9,10 @@ from . import processes
 
 
 class HomeServer:
-    def __init__(self, program: Path, folder: Path) -> None:
+    def __init__(self, program: Path, folder: Path, address: str = "127.0.0.1") -> None:
         self._program = program
         self._folder = folder
+        self._address = address
         self._ports = ("0", "0")
         self._process: subprocess.Popen | None = None
         self.http = ""
@@ -20,12 +21,12 @@ class HomeServer:
 
     def start(self) -> None:
         """Starts it; once more after a stop on the same data and ports."""
-        command = [str(self._program), "--listen", "127.0.0.1", "--data", str(self._folder / "data")]
+        command = [str(self._program), "--listen", self._address, "--data", str(self._folder / "data")]
         command += ["--http-port", self._ports[0], "--ws-port", self._ports[1]]
         log = self._folder / "server.log"
         self._process = processes.start(command, dict(os.environ), log, stdout=subprocess.PIPE)
         line = processes.first_line(self._process.stdout, "the home server")
-        said = re.fullmatch(r"listening http=(http://127\.0\.0\.1:(\d+)) ws=(ws://127\.0\.0\.1:(\d+)/?)", line)
+        said = re.fullmatch(r"listening http=(http://[\d.]+:(\d+)) ws=(ws://[\d.]+:(\d+)/?)", line)
         if not said:
             raise AssertionError(f"the home server said {line!r}")
         self.http, self.events = said[1], said[3]
