@@ -1,17 +1,13 @@
 """Two people find each other: a request that is rejected, one that is accepted, and an address book from vCards."""
 
-import json
 import sqlite3
 import unittest
-import urllib.request
 from pathlib import Path
 
-from harness.journey import Journey
+from harness.journey import PASSWORD, Journey
 from harness.person import Person
 from harness.processes import eventually
 from harness.screen import BUTTONS, ENTRIES, FOCUSED, ROWS
-
-PASSWORD = "correct-horse-9"
 
 # The same number stands on two cards, and counts for the first by given name.
 CARDS = """BEGIN:VCARD\r
@@ -44,12 +40,6 @@ class Contacts(Journey):
         self.look_at_each_other(anna, boris)
         anna.close_client()
         boris.close_client()
-
-    def call(self, path: str, body: dict) -> dict:
-        request = urllib.request.Request(self.server.http + path, json.dumps(body).encode())
-        request.add_header("Content-Type", "application/json")
-        with urllib.request.urlopen(request, timeout=20) as answer:
-            return json.load(answer)
 
     def register(self, person: Person, display_name: str) -> None:
         self.call(
