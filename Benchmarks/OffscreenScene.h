@@ -18,10 +18,9 @@ namespace orvane::benchmarks {
 /// A screen of one QML file, drawn into an image by the processor alone, a frame whenever one is asked for.
 class OffscreenScene {
 public:
-    static constexpr QSize size{900, 650};
-
-    OffscreenScene(const QUrl &file, const QVariantMap &properties)
-        : m_window(&m_control) {
+    OffscreenScene(const QUrl &file, const QVariantMap &properties, QSize size)
+        : m_image(size, QImage::Format_ARGB32_Premultiplied)
+        , m_window(&m_control) {
         m_engine.addImportPath(QStringLiteral("qrc:/"));
         m_engine.addImageProvider(QStringLiteral("symbol"), new SymbolImages);
         m_window.resize(size);
@@ -59,7 +58,7 @@ public:
     }
 
 private:
-    QImage m_image{size, QImage::Format_ARGB32_Premultiplied};
+    QImage m_image;
     QQmlEngine m_engine;
     QQuickRenderControl m_control;
     QQuickWindow m_window;

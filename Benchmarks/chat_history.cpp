@@ -13,6 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int batch = 100;
+constexpr QSize window(900, 650);
 
 QJsonObject record(int number) {
     return {
@@ -55,7 +56,7 @@ void measureRows(const QByteArray &history) {
     OneChat desk(history);
     auto shown = desk.screen();
     benchmarks::OffscreenScene scene(QUrl(u"qrc:/OrvaneTalk/Conversation/ChatScreen.qml"_s),
-                                     {{u"screen"_s, QVariant::fromValue(shown.get())}});
+                                     {{u"screen"_s, QVariant::fromValue(shown.get())}}, window);
     scene.frame();
     benchmarks::ratio(
         "50 messages to visible rows / JSON parse", 41,
@@ -104,7 +105,7 @@ void measureMemory(const QByteArray &history) {
         desk.http().answerFor("/api/messenger/chats/" + QByteArray::number(chat) + "/messages",
                               ScriptedAnswer::of(200, history));
     benchmarks::OffscreenScene scene(QUrl(u"qrc:/OrvaneTalk/ChatList/ChatListScreen.qml"_s),
-                                     {{u"screen"_s, QVariant::fromValue(&desk.list())}});
+                                     {{u"screen"_s, QVariant::fromValue(&desk.list())}}, window);
     desk.awaitChats();
     const auto openAndClose = [&](int from, int to) {
         for (int chat = from; chat < to; ++chat) {

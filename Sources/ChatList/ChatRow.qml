@@ -63,6 +63,8 @@ Item {
     Rectangle {
         anchors { fill: parent; leftMargin: Theme.gap8; rightMargin: Theme.gap8; topMargin: 1; bottomMargin: 1 }
         radius: Theme.controlRadius
+        // Most rows have nothing to draw here, and a scene with less in it is drawn sooner.
+        visible: color.a > 0 || root.activeFocus
         color: root.isOpen ? Theme.selection : tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
         border { width: root.activeFocus ? 2 : 0; color: Theme.accent }
         Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }

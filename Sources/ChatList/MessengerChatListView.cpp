@@ -342,7 +342,7 @@ void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
     if (!known)
         return;
     MessengerChat chat = *known;
-    chat.lastMessage = lastMessageOf(*raw, *chatID, *senderID, *content);
+    chat.lastMessage = lastMessageOf(*raw, chat.id, *senderID, *content);
     if (selectedChatID.value() != *chatID)
         chat.unreadCount += 1;
     chats.replace(chat);

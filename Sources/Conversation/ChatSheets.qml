@@ -41,25 +41,11 @@ Item {
     }
     Loader {
         id: exporter
-
-        property string text
-
-        active: false
-        source: "ExportDialog.qml"
-        onLoaded: {
-            item.accepted.connect(() => root.screen.saveExport(item.selectedFile, exporter.text));
-            item.visibleChanged.connect(() => { if (!item.visible) Qt.callLater(() => exporter.active = false); });
-            item.currentFolder = root.screen.exportFolder();
-            item.currentFile = root.screen.exportFolder() + "/chat.md";
-            item.open();
-        }
-
-        Connections {
-            target: root.screen
-            function onExportRequested(text) {
-                exporter.text = text;
-                exporter.active = true;
-            }
+    }
+    Connections {
+        target: root.screen
+        function onExportRequested(text) {
+            exporter.setSource("ExportDialog.qml", { screen: root.screen, text: text });
         }
     }
 }

@@ -56,8 +56,7 @@ Sheet {
                     x: Theme.gap8
                     anchors.verticalCenter: parent.verticalCenter
                     size: 36
-                    hueId: row.modelData.type === "direct" ? row.modelData.participants.find(id => id !== root.screen.currentUserID) ?? ""
-                                                           : row.modelData.id
+                    hueId: root.screen.hueIdOf(row.modelData)
                     name: row.text
                     symbol: row.modelData.type === "group" ? "person.3.fill"
                           : row.modelData.type === "channel" ? "megaphone.fill" : ""

@@ -88,15 +88,18 @@ Rectangle {
             color: root.dimmedInk
             Accessible.ignored: true
         }
-        MessageQuote {
+        Loader {
             id: quote
-            visible: root.replied.id !== ""
+            active: root.replied.id !== ""
+            visible: active
             width: parent.width
-            sender: root.replied.senderID === root.screen.currentUserID ? "You"
-                  : root.screen.senderName(root.replied.senderID)
-            text: visible ? root.screen.plainText(root.replied.content).slice(0, 200).replace(/\s+/g, " ") : ""
-            ink: root.dimmedInk
-            accent: root.own ? Theme.onOwnBubble : Theme.accent
+            sourceComponent: MessageQuote {
+                sender: root.replied.senderID === root.screen.currentUserID ? "You"
+                      : root.screen.senderName(root.replied.senderID)
+                text: root.screen.plainText(root.replied.content).slice(0, 200).replace(/\s+/g, " ")
+                ink: root.dimmedInk
+                accent: root.own ? Theme.onOwnBubble : Theme.accent
+            }
         }
     }
     TextEdit {
@@ -118,41 +121,47 @@ Rectangle {
         selectedTextColor: root.own ? Theme.text : Theme.onAccent
         Accessible.ignored: true
     }
-    LinkButton {
+    Loader {
         id: more
-        visible: root.isCut
+        active: root.isCut
+        visible: active
         x: Theme.gap4
         y: content.y + content.height
-        text: "Show more"
-        color: root.ink
-        onClicked: root.shownLength += root.pieceLength
+        sourceComponent: LinkButton {
+            text: "Show more"
+            color: root.ink
+            onClicked: root.shownLength += root.pieceLength
+        }
     }
-    Item {
+    Loader {
         id: translated
-        visible: root.translation
+        active: root.translation !== ""
+        visible: active
         x: Theme.gap12
         y: more.visible ? more.y + more.height : content.y + content.height + Theme.gap4
         width: root.width - 2 * Theme.gap12
-        implicitWidth: mark.width + Theme.gap8 + translation.implicitWidth
-        height: visible ? translation.height + Theme.gap4 : 0
+        sourceComponent: Item {
+            implicitWidth: mark.width + Theme.gap8 + translation.implicitWidth
+            implicitHeight: translation.height + Theme.gap4
 
-        Symbol {
-            id: mark
-            y: 2
-            name: "globe"
-            size: 14
-            color: root.dimmedInk
-        }
-        PlainText {
-            id: translation
-            x: mark.width + Theme.gap8
-            width: root.roomForText - x < implicitWidth ? root.roomForText - x : implicitWidth
-            text: root.translation
-            wrapMode: Text.Wrap
-            elide: Text.ElideNone
-            color: root.ink
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
+            Symbol {
+                id: mark
+                y: 2
+                name: "globe"
+                size: 14
+                color: root.dimmedInk
+            }
+            PlainText {
+                id: translation
+                x: mark.width + Theme.gap8
+                width: root.roomForText - x < implicitWidth ? root.roomForText - x : implicitWidth
+                text: root.translation
+                wrapMode: Text.Wrap
+                elide: Text.ElideNone
+                color: root.ink
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
+            }
         }
     }
     MessageMeta {

@@ -12,7 +12,7 @@ ContextMenu {
     property messengerMessage record
     readonly property bool own: record.senderID === screen.currentUserID
     readonly property bool pinned: {
-        void screen.pinnedMessageIDs;
+        void screen.pinnedMessages;
         return screen.isPinned(record.id);
     }
 

@@ -48,12 +48,14 @@ FocusScope {
         visible: root.placement.startsDay
         time: root.record.timestamp
     }
-    Avatar {
-        visible: root.namesSender && root.placement.endsRun
+    Loader {
+        active: root.namesSender && root.placement.endsRun
         anchors { left: column.left; bottom: body.bottom }
-        size: 32
-        hueId: root.record.senderID
-        name: root.screen.senderName(root.record.senderID)
+        sourceComponent: Avatar {
+            size: 32
+            hueId: root.record.senderID
+            name: root.screen.senderName(root.record.senderID)
+        }
     }
     Item {
         id: column

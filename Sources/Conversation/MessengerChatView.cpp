@@ -208,6 +208,10 @@ QString MessengerChatView::chatName(const MessengerChat &other) const {
     return other.displayName(currentUserID, contacts);
 }
 
+QString MessengerChatView::hueIdOf(const MessengerChat &other) const {
+    return other.type == ChatType::direct ? other.peerId(currentUserID) : other.id;
+}
+
 MessengerMessage MessengerChatView::messageWithId(const QString &messageID) const {
     const int row = messages.rowOf(messageID);
     return row < 0 ? MessengerMessage() : messages.at(row);

@@ -146,6 +146,8 @@ public:
     Q_INVOKABLE bool isPinned(const QString &messageID) const;
     Q_INVOKABLE QString senderName(const QString &userID) const;
     Q_INVOKABLE QString chatName(const orvane::MessengerChat &other) const;
+    /// The id that another chat has its colour from.
+    Q_INVOKABLE QString hueIdOf(const orvane::MessengerChat &other) const;
     /// A content as a person reads it.
     Q_INVOKABLE QString plainText(const QString &content) { return m_cipher.plainText(content); }
     /// The first message with this id; one with an empty id where there is none.

@@ -52,32 +52,4 @@ TrayToolTip StatusNotifierItem::toolTip() const {
     return {{}, {}, m_title, m_label.isEmpty() ? QString() : QStringLiteral("%1 unread").arg(m_count)};
 }
 
-QDBusArgument &operator<<(QDBusArgument &argument, const IconPixmap &icon) {
-    argument.beginStructure();
-    argument << icon.width << icon.height << icon.pixels;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument &operator>>(const QDBusArgument &argument, IconPixmap &icon) {
-    argument.beginStructure();
-    argument >> icon.width >> icon.height >> icon.pixels;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument &operator<<(QDBusArgument &argument, const TrayToolTip &toolTip) {
-    argument.beginStructure();
-    argument << toolTip.iconName << toolTip.icons << toolTip.title << toolTip.text;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument &operator>>(const QDBusArgument &argument, TrayToolTip &toolTip) {
-    argument.beginStructure();
-    argument >> toolTip.iconName >> toolTip.icons >> toolTip.title >> toolTip.text;
-    argument.endStructure();
-    return argument;
-}
-
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusArgument>
+#include "Platform/BusStructure.h"
+
 #include <QDBusObjectPath>
 #include <QImage>
 #include <QList>
@@ -15,6 +16,8 @@ struct IconPixmap {
     int width = 0;
     int height = 0;
     QByteArray pixels;
+
+    static auto fields(auto &self) { return std::tie(self.width, self.height, self.pixels); }
 };
 using IconPixmaps = QList<IconPixmap>;
 
@@ -24,6 +27,8 @@ struct TrayToolTip {
     QString title;
     /// Markup.
     QString text;
+
+    static auto fields(auto &self) { return std::tie(self.iconName, self.icons, self.title, self.text); }
 };
 
 /// What tray hosts read and call, by the names of org.kde.StatusNotifierItem. Main thread.
@@ -73,10 +78,5 @@ private:
     qint64 m_count = 0;
     QString m_label;
 };
-
-QDBusArgument &operator<<(QDBusArgument &argument, const IconPixmap &icon);
-const QDBusArgument &operator>>(const QDBusArgument &argument, IconPixmap &icon);
-QDBusArgument &operator<<(QDBusArgument &argument, const TrayToolTip &toolTip);
-const QDBusArgument &operator>>(const QDBusArgument &argument, TrayToolTip &toolTip);
 
 } // namespace orvane

@@ -57,32 +57,4 @@ void TrayMenu::Event(int id, const QString &event, const QDBusVariant &, uint) {
         Q_EMIT chosen(id - 1);
 }
 
-QDBusArgument &operator<<(QDBusArgument &argument, const TrayMenuNode &node) {
-    argument.beginStructure();
-    argument << node.id << node.properties << node.children;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument &operator>>(const QDBusArgument &argument, TrayMenuNode &node) {
-    argument.beginStructure();
-    argument >> node.id >> node.properties >> node.children;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument &operator<<(QDBusArgument &argument, const TrayMenuProperties &entry) {
-    argument.beginStructure();
-    argument << entry.id << entry.properties;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument &operator>>(const QDBusArgument &argument, TrayMenuProperties &entry) {
-    argument.beginStructure();
-    argument >> entry.id >> entry.properties;
-    argument.endStructure();
-    return argument;
-}
-
 } // namespace orvane

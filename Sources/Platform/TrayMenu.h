@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDBusArgument>
+#include "Platform/BusStructure.h"
+
 #include <QDBusContext>
 #include <QDBusVariant>
 #include <QList>
@@ -15,11 +16,15 @@ struct TrayMenuNode {
     int id = 0;
     QVariantMap properties;
     QVariantList children;
+
+    static auto fields(auto &self) { return std::tie(self.id, self.properties, self.children); }
 };
 
 struct TrayMenuProperties {
     int id = 0;
     QVariantMap properties;
+
+    static auto fields(auto &self) { return std::tie(self.id, self.properties); }
 };
 
 /// The menu of the tray icon, which the host draws: by the names of com.canonical.dbusmenu. It never changes.
@@ -54,10 +59,5 @@ private:
     QString m_status = QStringLiteral("normal");
     QStringList m_labels;
 };
-
-QDBusArgument &operator<<(QDBusArgument &argument, const TrayMenuNode &node);
-const QDBusArgument &operator>>(const QDBusArgument &argument, TrayMenuNode &node);
-QDBusArgument &operator<<(QDBusArgument &argument, const TrayMenuProperties &entry);
-const QDBusArgument &operator>>(const QDBusArgument &argument, TrayMenuProperties &entry);
 
 } // namespace orvane

@@ -100,10 +100,18 @@ QImage drawn(const QString &label, int side) {
 }
 
 // What a host on the bus is answered.
-class Host : public Peer {
+class Host : public QObject, public Peer {
+    Q_OBJECT
+
 public:
     Host()
-        : Peer(u"host"_s) {}
+        : Peer(u"host"_s) {
+        for (const QString &signal : {u"NewIcon"_s, u"NewToolTip"_s})
+            bus.connect(QDBusConnection::sessionBus().baseService(), u"/StatusNotifierItem"_s, itemInterface,
+                        signal, this, SLOT(take(QDBusMessage)));
+    }
+
+    QStringList heard;
 
     QDBusMessage call(const QString &path, const QString &interface, const QString &method,
                       const QVariantList &arguments) {
@@ -120,6 +128,9 @@ public:
         const QDBusMessage all = call(u"/StatusNotifierItem"_s, properties, u"GetAll"_s, {itemInterface});
         return qdbus_cast<QVariantMap>(all.arguments().value(0));
     }
+
+public Q_SLOTS:
+    void take(const QDBusMessage &signal) { heard.append(signal.member()); }
 };
 
 } // namespace
@@ -134,6 +145,7 @@ private Q_SLOTS:
     void badges_data();
     void badges();
     void aDockThatComesLaterIsTold();
+    void hostsHearOfWhatChanges();
     void theTrayComesAndGoes();
     void badWatchers_data();
     void badWatchers();
@@ -198,6 +210,17 @@ void TestDockBadge::aDockThatComesLaterIsTold() {
     launcher.show(3, u"3"_s);
     Dock dock;
     QTRY_VERIFY(!dock.told.isEmpty() && dock.told.last().value(u"count"_s) == 3);
+}
+
+void TestDockBadge::hostsHearOfWhatChanges() {
+    Host host;
+    TrayIcon tray(drawn);
+    tray.show(100, u"99+"_s);
+    tray.show(101, u"99+"_s);
+    tray.show(101, u"99+"_s);
+    tray.show(0, {});
+    QTRY_COMPARE(host.heard, (QStringList{u"NewToolTip"_s, u"NewIcon"_s, u"NewToolTip"_s, u"NewToolTip"_s,
+                                          u"NewIcon"_s}));
 }
 
 void TestDockBadge::theTrayComesAndGoes() {
