@@ -89,6 +89,9 @@ Answer replies(const QStringList &list, bool model) {
 
 Question smartReply(Call &call) {
     const QList<ModelMessage> messages = conversation(call);
+    // To nothing there is no reply.
+    if (messages.isEmpty())
+        refuseBadRequest();
     const QString last = lastFromOthers(messages);
     return {
         QList{system(

@@ -7,6 +7,7 @@
 #include "Platform/Folders.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane {
 
@@ -25,7 +26,11 @@ MessengerChatView::MessengerChatView(const MessengerChat &openChat, const Contac
     , m_parts(parts)
     , m_cipher(chat, parts.api, parts.encryption)
     , m_pinned(pinnedMessageIDs.addNotifier([this] { Q_EMIT pinnedChanged(); }))
-    , m_typing(typingUserIDs.addNotifier([this] { Q_EMIT typingChanged(); })) {
+    , m_typing(typingUserIDs.addNotifier([this] { Q_EMIT typingChanged(); }))
+    , m_loaded(isLoading.addNotifier([this] {
+        if (!isLoading && std::exchange(m_analyzes, false))
+            m_assistant.analyzeChat();
+    })) {
     const auto pinnedMayDiffer = [this] {
         if (!pinnedMessageIDs.value().isEmpty())
             Q_EMIT pinnedChanged();
@@ -44,8 +49,7 @@ QString MessengerChatView::fingerprint() const {
 
 void MessengerChatView::appear() {
     loadMessages();
-    if (chat.aiEnabled)
-        m_assistant.analyzeChat();
+    m_analyzes = chat.aiEnabled;
     subscribeP2P();
     loadBotMeta();
     m_parts.notifications().activeChatID = chat.id;

@@ -202,8 +202,11 @@ private:
     MessageActions m_actions{*this};
     MessageForwarding m_forwarding{*this};
     ChatAssistant m_assistant{*this};
+    /// Waits for the history, without which there is nothing to analyze.
+    bool m_analyzes = false;
     QPropertyNotifier m_pinned;
     QPropertyNotifier m_typing;
+    QPropertyNotifier m_loaded;
 };
 
 } // namespace orvane

@@ -124,16 +124,12 @@ void TestChatAssistant::openingAnAssistedChatAsksForContextAndReplies() {
     assisted.aiEnabled = true;
     const auto screen = std::make_shared<MessengerChatView>(assisted, chat.screen->contacts,
                                                             QStringLiteral("7"), chat.chatParts());
-    MessengerMessage message;
-    message.id = QStringLiteral("m");
-    message.senderID = QStringLiteral("9");
-    message.content = QStringLiteral("Tea?");
-    screen->messages.append(message);
     chat.http.answerFor("/api/chat/smart-reply", ScriptedAnswer::of(200, R"({"replies":["a","b","c","d"]})"));
     chat.http.answerFor("/api/chat/persona-reply",
                         ScriptedAnswer::of(200, R"({"replies":["x"],"persona_samples":12})"));
-    chat.http.answerFor("/api/messenger/chats/c/messages",
-                        ScriptedAnswer::of(200, R"({"messages":[]})").heldBack());
+    chat.http.answerFor(
+        "/api/messenger/chats/c/messages",
+        ScriptedAnswer::of(200, R"({"messages":[)" + OpenChat::record("m", "9", "Tea?") + "]}"));
     screen->appear();
     QTRY_COMPARE(screen->chatContext.value(), QStringLiteral("Последние сообщения: Собеседник: Tea?"));
     QTRY_VERIFY(!screen->smartReplies.value().isEmpty());

@@ -226,8 +226,8 @@ void AiTest::threadsCrossChats() {
 
 void AiTest::badConversations_data() {
     QTest::addColumn<QByteArray>("messages");
-    for (const char *messages : {"7", "{}", "[7]", R"([{"role":"user","content":7}])", R"([{"content":"x"}])",
-                                 R"([{"role":"system","content":"x"}])", "null"})
+    for (const char *messages : {"7", "{}", "[]", "[7]", R"([{"role":"user","content":7}])",
+                                 R"([{"content":"x"}])", R"([{"role":"system","content":"x"}])", "null"})
         QTest::newRow(messages) << QByteArray(messages);
     QTest::newRow("very many") << QByteArray("[" +
                                              QByteArray(R"({"role":"user","content":"x"},)").repeated(200) +
