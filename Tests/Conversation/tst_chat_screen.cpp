@@ -107,6 +107,7 @@ private Q_SLOTS:
 void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
     Window window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
     // Opening a chat leaves the cursor in its input.
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
     QVERIFY(!window.item("text", "Send"));
