@@ -52,22 +52,16 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             symbol: "text.and.command.macwindow"
             text: "Summary"
-            onClicked: periods.popup(summary, 0, summary.height)
+            onClicked: {
+                periods.active = true;
+                (periods.item as SummaryMenu).popup(summary, 0, summary.height);
+            }
 
-            ContextMenu {
+            Loader {
                 id: periods
-
-                ContextMenuItem {
-                    text: "Today"
-                    onTriggered: root.screen.summarizeAction("day")
-                }
-                ContextMenuItem {
-                    text: "This week"
-                    onTriggered: root.screen.summarizeAction("week")
-                }
-                ContextMenuItem {
-                    text: "Everything"
-                    onTriggered: root.screen.summarizeAction("all")
+                active: false
+                sourceComponent: SummaryMenu {
+                    screen: root.screen
                 }
             }
         }

@@ -16,7 +16,7 @@ T.Menu {
     contentItem: ListView {
         implicitHeight: contentHeight
         model: root.contentModel
-        interactive: Window.window ? contentHeight + 2 * root.padding > Window.window.height : false
+        interactive: contentHeight > height
         currentIndex: root.currentIndex
         clip: true
     }

@@ -311,7 +311,7 @@ void TestAddressBook::aServerThatDiesMeanwhile() {
     server->cards = {QString::fromUtf8(card("Anna", "1"))};
     server->whenAskedForCards = [&server] {
         QMetaObject::invokeMethod(
-            qApp, [&server] { server.reset(); }, Qt::QueuedConnection);
+            QCoreApplication::instance(), [&server] { server.reset(); }, Qt::QueuedConnection);
     };
     EvolutionAddressBook book;
     QCOMPARE(names(book), QStringList{});
