@@ -1,7 +1,11 @@
 """Two people talk: answers, edits, reactions, pins, stars, polls, stickers, a summary, and a server that goes away."""
 
+import json
+import os
 import re
+import threading
 import unittest
+from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 from harness.journey import Journey
 from harness.person import Person
@@ -12,7 +16,33 @@ MENU_ITEMS = {"menu item"}
 TEXTS = {"static", "label", "text", "heading"}
 
 
+class Translator(BaseHTTPRequestHandler):
+    """A model that knows one sentence, behind the interface that the home server speaks."""
+
+    def do_POST(self) -> None:
+        self.rfile.read(int(self.headers["Content-Length"]))
+        body = json.dumps({"choices": [{"message": {"role": "assistant", "content": "Чашку чая."}}]}).encode()
+        self.send_response(200)
+        self.send_header("Content-Type", "application/json")
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        self.wfile.write(body)
+
+    def log_message(self, *_: object) -> None:
+        pass
+
+
 class Conversation(Journey):
+    def setUp(self) -> None:
+        if "others" in self._testMethodName:
+            model = ThreadingHTTPServer(("127.0.0.1", 0), Translator)
+            threading.Thread(target=model.serve_forever, daemon=True).start()
+            self.addCleanup(model.server_close)
+            self.addCleanup(model.shutdown)
+            os.environ["ORVANE_AI_URL"] = f"http://127.0.0.1:{model.server_port}/v1"
+            self.addCleanup(os.environ.pop, "ORVANE_AI_URL")
+        super().setUp()
+
     def test_two_people_talk(self) -> None:
         anna, boris = self.person("anna"), self.person("boris")
         for person in (anna, boris):
@@ -46,6 +76,34 @@ class Conversation(Journey):
         for person in (anna, boris):
             person.close_client()
 
+    def test_what_comes_from_others(self) -> None:
+        anna, boris = self.person("anna"), self.person("boris")
+        for person in (anna, boris):
+            self.register(person)
+            person.close_client()
+        one, other = self.sign_in("anna"), self.sign_in("boris")
+        self.call(
+            "/api/messenger/chats",
+            {"user_id": one["user"]["id"], "type": "direct", "title": None, "participants": [other["user"]["id"]]},
+            one["token"],
+        )
+        anna.open_client()
+        self.open_chat(anna, "Boris")
+        anna.type("A cup of tea?")
+        anna.key("Return")
+        anna.screen.find(ROWS, "You, A cup of tea.*, sent")
+        # Whoever opens the chat has read it.
+        boris.open_client()
+        self.open_chat(boris, "Anna")
+        anna.screen.find(ROWS, "You, A cup of tea.*, read")
+        self.picture(anna, "45-read")
+
+        self.menu(boris, "A cup of tea?", "Translate")
+        boris.screen.find(TEXTS, "Чашку чая.")
+        self.picture(boris, "46-translated")
+        for person in (anna, boris):
+            person.close_client()
+
     def say(self, speaker: Person, text: str, listener: Person) -> None:
         speaker.type(text)
         speaker.key("Return")
@@ -54,7 +112,7 @@ class Conversation(Journey):
 
     def menu(self, person: Person, message: str, *ways: str) -> None:
         """Opens the menu of a message, and picks by name."""
-        row = person.screen.find(ROWS, f".*, {re.escape(message)}, .*")
+        row = person.screen.find(ROWS, f".*, {re.escape(message)}, .*, (sent|received|read)")
         person.click(row, button=3)
         for way in ways:
             person.click(person.screen.find(MENU_ITEMS, way))

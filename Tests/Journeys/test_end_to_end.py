@@ -1,5 +1,6 @@
 """The end-to-end layer is off until the environment turns it on; then two people share a group nobody else reads."""
 
+import base64
 import re
 import unittest
 
@@ -23,7 +24,7 @@ class EndToEnd(Journey):
         anna.key("Escape")
         anna.close_client()
         self.assertEqual(0, self.keys_left("anna"))
-        keys = [label for label in anna.keyring_labels() if "key" in label.lower()]
+        keys = [label for label in anna.keyring() if "key" in label.lower()]
         self.assertEqual([], keys, "items of the keyring that only the end-to-end layer makes")
 
     def test_a_group_that_only_its_members_read(self) -> None:
@@ -60,7 +61,20 @@ class EndToEnd(Journey):
         self.assertNotIn(SECRET.encode(), database)
         for person in (anna, boris):
             self.assertNotIn(SECRET, person.client_log())
+            self.assert_no_key_in(person)
             person.close_client()
+
+    def assert_no_key_in(self, person: Person) -> None:
+        """Neither what the client said nor any file of its own holds a secret of the keyring, in any usual form."""
+        secrets = {label: secret for label, secret in person.keyring().items() if len(secret) >= 16}
+        self.assertGreater(len(secrets), 2, "the keys that this is about")
+        files = [path for path in person.folder.rglob("*") if path.is_file() and "keyrings" not in path.parts]
+        self.assertIn("client.log", [path.name for path in files])
+        for path in files:
+            content = path.read_bytes()
+            for label, secret in secrets.items():
+                for form in (secret, secret.hex().encode(), base64.b64encode(secret), base64.urlsafe_b64encode(secret)):
+                    self.assertNotIn(form.rstrip(b"="), content, f"{label} in {path.name}")
 
     def keys_left(self, name: str) -> int:
         account = self.sign_in(name)

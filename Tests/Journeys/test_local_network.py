@@ -1,13 +1,11 @@
 """Direct delivery is switched on, finds who is on the same network, and links with whoever answers."""
 
-import base64
-import json
 import os
 import re
-import socket
 import subprocess
 import unittest
 
+from harness.events import EventSocket
 from harness.journey import BUILD, PASSWORD, Journey
 from harness.network import alone, run
 from harness.person import Person
@@ -61,7 +59,7 @@ class LocalNetwork(Journey):
         )
         self.assertEqual("listening", first_line(neighbour.stdout, "the neighbour"))
         self.arrive("boris", "10.77.0.2")
-        with self.go_online(self.arrive("clara", "10.77.0.3")):
+        with EventSocket(self.server.events, self.arrive("clara", "10.77.0.3")):
             self.arrive("dmitri", "10.77.0.4")
             anna.screen.button("Обновить").press()
             self.assertIn('"type":"hello"', first_line(neighbour.stdout, "the neighbour"))
@@ -132,25 +130,6 @@ class LocalNetwork(Journey):
         token = self.call("/api/auth/register", who)["token"]
         self.call("/api/messenger/p2p/register", {"local_ip": address, "device_id": name}, token)
         return token
-
-    def go_online(self, token: str) -> socket.socket:
-        """An event socket that has shown its token."""
-        host, port = self.server.events.removeprefix("ws://").strip("/").split(":")
-        events = socket.create_connection((host, int(port)), timeout=20)
-        key = base64.b64encode(os.urandom(16)).decode()
-        upgrade = f"Host: {host}\r\nUpgrade: websocket\r\nConnection: Upgrade\r\nSec-WebSocket-Version: 13\r\nSec-WebSocket-Key: {key}"
-        events.sendall(f"GET / HTTP/1.1\r\n{upgrade}\r\n\r\n".encode())
-        self.assertIn(b" 101 ", events.recv(4096))
-        for message in ({"type": "auth", "token": token}, {"type": "ping"}):
-            text = json.dumps(message).encode()
-            length = bytes([0x80 | len(text)]) if len(text) < 126 else b"\xfe" + len(text).to_bytes(2, "big")
-            # Final, text, masked with zeros.
-            events.sendall(b"\x81" + length + bytes(4) + text)
-        # The answer to the ping comes after the token has been looked at.
-        heard = b""
-        while b"pong" not in heard:
-            heard += events.recv(4096)
-        return events
 
 
 if __name__ == "__main__":

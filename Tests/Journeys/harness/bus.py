@@ -85,26 +85,25 @@ def start_assistive_technology(folder: Path, environment: dict[str, str]) -> Gio
     return connect(answer.unpack()[0])
 
 
-def keyring_labels(address: str) -> list[str]:
-    """What a person sees in the keyring: the label of each item."""
+def keyring(address: str) -> dict[str, bytes]:
+    """What is in the keyring: each item's label, as a person sees it, and its secret."""
     bus = connect(address)
 
+    def call(path: str, interface: str, method: str, *arguments: GLib.Variant):
+        given = GLib.Variant.new_tuple(*arguments)
+        service = "org.freedesktop.secrets"
+        return bus.call_sync(service, path, interface, method, given, None, Gio.DBusCallFlags.NONE, 10_000, None).unpack()
+
     def ask(path: str, interface: str, name: str):
-        return bus.call_sync(
-            "org.freedesktop.secrets",
-            path,
-            "org.freedesktop.DBus.Properties",
-            "Get",
-            GLib.Variant("(ss)", (f"org.freedesktop.Secret.{interface}", name)),
-            None,
-            Gio.DBusCallFlags.NONE,
-            10_000,
-            None,
-        ).unpack()[0]
+        wanted = (GLib.Variant("s", f"org.freedesktop.Secret.{interface}"), GLib.Variant("s", name))
+        return call(path, "org.freedesktop.DBus.Properties", "Get", *wanted)[0]
 
     try:
-        collections = ask("/org/freedesktop/secrets", "Service", "Collections")
-        items = [item for collection in collections for item in ask(collection, "Collection", "Items")]
-        return [ask(item, "Item", "Label") for item in items]
+        root, interface = "/org/freedesktop/secrets", "org.freedesktop.Secret"
+        plain = (GLib.Variant("s", "plain"), GLib.Variant("v", GLib.Variant("s", "")))
+        session = GLib.Variant("o", call(root, interface + ".Service", "OpenSession", *plain)[1])
+        items = [item for collection in ask(root, "Service", "Collections") for item in ask(collection, "Collection", "Items")]
+        secrets = {ask(item, "Item", "Label"): call(item, interface + ".Item", "GetSecret", session)[0][2] for item in items}
+        return {label: bytes(secret) for label, secret in secrets.items()}
     finally:
         bus.close_sync(None)

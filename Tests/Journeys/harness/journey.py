@@ -65,8 +65,13 @@ class Journey(unittest.TestCase):
 
     def open_chat(self, person: Person, chat: str) -> None:
         """By a pattern for the beginning of its row's name."""
-        person.click(person.screen.find(ROWS, f"{chat}(,.*)?"))
-        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
+
+        def opened() -> bool:
+            # Chats that are still arriving may move the row away under the pointer.
+            person.click(person.screen.find(ROWS, f"{chat}(,.*)?"))
+            return person.screen.look(ENTRIES, re.escape("Message..."), FOCUSED) is not None
+
+        processes.eventually(f"{chat} is open", opened)
 
     def picture(self, person: Person, name: str) -> None:
         """For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder."""

@@ -5,7 +5,7 @@ import subprocess
 from pathlib import Path
 
 from . import processes
-from .bus import keyring_labels, start_assistive_technology, start_bus, start_keyring
+from .bus import keyring, start_assistive_technology, start_bus, start_keyring
 from .screen import Node, Screen
 from .server import HomeServer
 
@@ -17,7 +17,7 @@ class Person:
         self.name = name
         self.home = folder / "home"
         self._program = program
-        self._folder = folder
+        self.folder = folder
         # What the client is started by, where that is not this process alone.
         self.started_by: list[str] = []
         self._client: subprocess.Popen | None = None
@@ -49,17 +49,17 @@ class Person:
         processes.start(
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset"],
             self.environment,
-            self._folder / "display.log",
+            self.folder / "display.log",
             pass_fds=(writing,),
         )
         os.close(writing)
         with open(reading, "rb") as stream:
             self.environment["DISPLAY"] = ":" + processes.first_line(stream, "Xvfb")
-        run = self._folder / "run"
+        run = self.folder / "run"
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(run, self.environment)
         start_keyring(run, self.environment)
         self._accessibility = start_assistive_technology(run, self.environment)
-        processes.start(["openbox"], self.environment, self._folder / "openbox.log")
+        processes.start(["openbox"], self.environment, self.folder / "openbox.log")
         processes.eventually("the window manager is up", lambda: self._x("get_num_desktops", fails=True))
 
     def _x(self, *words: str, fails: bool = False) -> str | None:
@@ -69,7 +69,7 @@ class Person:
         return done.stdout if done.returncode == 0 else None
 
     def open_client(self) -> Screen:
-        self._client = processes.start([*self.started_by, str(self._program)], self.environment, self._folder / "client.log")
+        self._client = processes.start([*self.started_by, str(self._program)], self.environment, self.folder / "client.log")
         self._screen = Screen(self._accessibility)
         return self._screen
 
@@ -99,11 +99,11 @@ class Person:
             raise AssertionError(f"{self.name}'s client ended with {code}:\n{self.client_log()[-4000:]}")
 
     def client_log(self) -> str:
-        log = self._folder / "client.log"
+        log = self.folder / "client.log"
         return log.read_text(errors="replace") if log.exists() else ""
 
-    def keyring_labels(self) -> list[str]:
-        return keyring_labels(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+    def keyring(self) -> dict[str, bytes]:
+        return keyring(self.environment["DBUS_SESSION_BUS_ADDRESS"])
 
     def click(self, node: Node, button: int = 1) -> None:
         x, y = node.middle()
