@@ -3,7 +3,9 @@
 #include "Conversation/MessengerChatView.h"
 
 #include <QSaveFile>
-#include <QThreadPool>
+#include <QtConcurrentRun>
+
+#include <tuple>
 
 namespace orvane {
 
@@ -15,7 +17,7 @@ QString exportedConversation(MessengerChatView &screen) {
 }
 
 void writeExport(const QUrl &file, const QString &text) {
-    QThreadPool::globalInstance()->start([path = file.toLocalFile(), bytes = text.toUtf8()] {
+    std::ignore = QtConcurrent::run([path = file.toLocalFile(), bytes = text.toUtf8()] {
         QSaveFile target(path);
         // Whoever chose the place sees whether the file is there.
         if (target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size())
