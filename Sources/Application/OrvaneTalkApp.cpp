@@ -74,7 +74,8 @@ void OrvaneTalkApp::switchRoot() {
     else
         m_auth = makeScreen<AuthView>(m_session, MessengerAPI::shared(), OrvaneTalkEndpoint::baseURL());
     Q_EMIT rootChanged();
-    m_showBadge.start();
+    if (m_tray)
+        m_showBadge.start();
     if (!m_chatList)
         return;
     connect(m_chatList.get(), &MessengerChatListView::badgeChanged, &m_showBadge, [this] {

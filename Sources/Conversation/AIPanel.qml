@@ -17,7 +17,7 @@ Rectangle {
     Column {
         id: column
         anchors.centerIn: parent
-        width: Math.min(parent.width - 2 * Theme.gap16, 760)
+        width: parent.width - 2 * Theme.columnSide(parent.width)
         spacing: Theme.gap8
 
         Flickable {

@@ -73,9 +73,7 @@ Rectangle {
             visible: text
             width: parent.width
             text: root.sender
-            font.family: Theme.secondaryFont.family
-            font.pixelSize: Theme.secondaryFont.pixelSize
-            font.weight: Font.DemiBold
+            font: Theme.strongSecondaryFont
             color: Theme.accent
             Accessible.ignored: true
         }

@@ -9,7 +9,7 @@ ListView {
     objectName: "messages"
 
     required property MessengerChatView screen
-    readonly property int columnWidth: Math.min(width - 2 * Theme.gap16, 760)
+    readonly property int columnWidth: width - 2 * Theme.columnSide(width)
     property bool followsNewest: true
 
     model: screen.messages

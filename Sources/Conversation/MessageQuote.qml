@@ -24,9 +24,7 @@ Item {
         x: Theme.gap12
         width: parent.width - x
         text: root.sender
-        font.family: Theme.secondaryFont.family
-        font.pixelSize: Theme.secondaryFont.pixelSize
-        font.weight: Font.DemiBold
+        font: Theme.strongSecondaryFont
         color: root.accent
         maximumLineCount: 1
         Accessible.ignored: true

@@ -217,7 +217,7 @@ QString MessengerChatView::hueIdOf(const MessengerChat &other) const {
 }
 
 MessengerMessage MessengerChatView::messageWithId(const QString &messageID) const {
-    const int row = messages.rowOf(messageID);
+    const int row = messageID.isEmpty() ? -1 : messages.rowOf(messageID);
     return row < 0 ? MessengerMessage() : messages.at(row);
 }
 

@@ -19,7 +19,7 @@ FocusScope {
     signal escaped
 
     readonly property real lineHeight: metrics.height
-    readonly property int columnWidth: Math.min(width - 2 * Theme.gap16, 760)
+    readonly property int columnWidth: width - 2 * Theme.columnSide(width)
 
     implicitHeight: field.height + 2 * Theme.gap12
 

@@ -9,7 +9,7 @@ Rectangle {
     id: root
 
     required property MessengerChatView screen
-    readonly property int side: Math.max(Theme.gap16, Math.round((width - 760) / 2))
+    readonly property int side: Theme.columnSide(width)
 
     visible: list.count > 0
     implicitHeight: visible ? Math.min(list.contentHeight, 132) + 1 : 0

@@ -8,7 +8,7 @@ Rectangle {
 
     required property MessengerChatView screen
     readonly property var replied: screen.replyToMessage
-    readonly property int side: Math.max(Theme.gap16, Math.round((width - 760) / 2))
+    readonly property int side: Theme.columnSide(width)
 
     visible: replied !== undefined
     implicitHeight: visible ? 52 : 0
@@ -34,9 +34,7 @@ Rectangle {
             text: !root.replied ? ""
                 : root.replied.senderID === root.screen.currentUserID ? "You"
                 : root.screen.senderName(root.replied.senderID)
-            font.family: Theme.secondaryFont.family
-            font.pixelSize: Theme.secondaryFont.pixelSize
-            font.weight: Font.DemiBold
+            font: Theme.strongSecondaryFont
             color: Theme.accent
         }
         PlainText {

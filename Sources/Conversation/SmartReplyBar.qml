@@ -17,7 +17,7 @@ Flickable {
 
     Row {
         id: row
-        x: Math.max(Theme.gap16, Math.round((root.width - 760) / 2))
+        x: Theme.columnSide(root.width)
         anchors.verticalCenter: parent.verticalCenter
         spacing: Theme.gap8
 

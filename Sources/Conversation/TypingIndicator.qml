@@ -10,7 +10,10 @@ Item {
     implicitHeight: line ? 24 : 0
 
     PlainText {
-        anchors { left: parent.left; right: parent.right; leftMargin: Math.max(Theme.gap16, (root.width - 760) / 2) + Theme.gap12; rightMargin: Theme.gap16 }
+        anchors {
+            left: parent.left; leftMargin: Theme.columnSide(root.width) + Theme.gap12
+            right: parent.right; rightMargin: Theme.gap16
+        }
         text: root.line
         visible: text
         font: Theme.secondaryFont

@@ -14,12 +14,10 @@ Rectangle {
     /// Of what the avatar stands on, to cut out the presence dot.
     property color ground: Theme.background
 
-    readonly property string initial: {
-        // A character may take two of a string's places.
-        const code = name.trim().codePointAt(0);
-        return code === undefined ? "?" : String.fromCodePoint(code).toUpperCase();
-    }
+    /// The last symbol there was: a row that comes to stand for a person and back loads nothing.
+    property string drawn: "message.fill"
 
+    onSymbolChanged: if (symbol) drawn = symbol
     width: size
     height: size
     radius: size / 2
@@ -29,7 +27,7 @@ Rectangle {
     PlainText {
         anchors.centerIn: parent
         visible: !root.symbol
-        text: root.initial
+        text: Theme.initialOf(root.name)
         font.family: Theme.strongBodyFont.family
         font.weight: Font.DemiBold
         font.pixelSize: Math.round(root.size * 0.42)
@@ -38,7 +36,7 @@ Rectangle {
     Symbol {
         anchors.centerIn: parent
         visible: root.symbol
-        name: root.symbol || "message.fill"
+        name: root.drawn
         size: Math.round(root.size * 0.5)
         color: "white"
     }

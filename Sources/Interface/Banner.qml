@@ -10,7 +10,7 @@ Rectangle {
     /// The purpose of the closing button.
     property string closeText: "Close"
     /// Of the conversation's column.
-    readonly property int side: Math.max(Theme.gap16, Math.round((width - 760) / 2))
+    readonly property int side: Theme.columnSide(width)
     default property alias body: column.data
     signal closed
 
@@ -35,9 +35,7 @@ Rectangle {
             verticalCenter: close.verticalCenter
         }
         text: root.heading
-        font.family: Theme.secondaryFont.family
-        font.pixelSize: Theme.secondaryFont.pixelSize
-        font.weight: Font.DemiBold
+        font: Theme.strongSecondaryFont
         Accessible.role: Accessible.Heading
         Accessible.name: text
     }

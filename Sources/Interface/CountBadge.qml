@@ -18,9 +18,7 @@ Rectangle {
         id: number
         anchors.centerIn: parent
         text: Math.min(root.count, 99)
-        font.family: Theme.captionFont.family
-        font.pixelSize: Theme.captionFont.pixelSize
-        font.weight: Font.DemiBold
+        font: Theme.strongCaptionFont
         color: Theme.onAccent
     }
 }

@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTextBoundaryFinder>
 
 #include <algorithm>
 #include <cmath>
@@ -50,17 +51,19 @@ QColor groundFor(const QColor &ink, const QColor &ground, const QColor &over) {
     return Theme::mix(ground, over, share);
 }
 
-QFont font(int pixels, QFont::Weight weight) {
-    // The desktop's text scale reaches applications as its dots per inch.
-    const QScreen *screen = QGuiApplication::primaryScreen();
-    const double scale = screen ? std::clamp(screen->logicalDotsPerInch() / 96.0, 0.75, 3.0) : 1.0;
+/// The faces of every text.
+QFont face() {
     QFont result = QGuiApplication::font();
     // Other fonts have some of the emoji too, in one colour; without this they would be found first. The
     // desktop's font may go by an alias, which the list would step over.
     result.setFamilies({QFontInfo(result).family(), Theme::emojiFamily()});
-    result.setPixelSize(int(std::lround(pixels * scale)));
-    result.setWeight(weight);
     return result;
+}
+
+/// The desktop's text scale, which reaches applications as its dots per inch.
+double textScale() {
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    return screen ? std::clamp(screen->logicalDotsPerInch() / 96.0, 0.75, 3.0) : 1.0;
 }
 
 } // namespace
@@ -71,13 +74,22 @@ QString Theme::emojiFamily() {
 
 Theme::Theme(QObject *parent)
     : QObject(parent)
-    , titleFont(font(22, QFont::DemiBold))
-    , headingFont(font(17, QFont::DemiBold))
-    , bodyFont(font(15, QFont::Normal))
-    , strongBodyFont(font(15, QFont::DemiBold))
-    , secondaryFont(font(13, QFont::Normal))
-    , captionFont(font(11, QFont::Normal))
     , fixedFont(QFontDatabase::systemFont(QFontDatabase::FixedFont)) {
+    const QFont base = face();
+    const auto font = [&base, scale = textScale()](int pixels, QFont::Weight weight) {
+        QFont result = base;
+        result.setPixelSize(int(std::lround(pixels * scale)));
+        result.setWeight(weight);
+        return result;
+    };
+    titleFont = font(22, QFont::DemiBold);
+    headingFont = font(17, QFont::DemiBold);
+    bodyFont = font(15, QFont::Normal);
+    strongBodyFont = font(15, QFont::DemiBold);
+    secondaryFont = font(13, QFont::Normal);
+    strongSecondaryFont = font(13, QFont::DemiBold);
+    captionFont = font(11, QFont::Normal);
+    strongCaptionFont = font(11, QFont::DemiBold);
     fixedFont.setPixelSize(bodyFont.pixelSize());
     use(OrvaneTheme::orvane);
 }
@@ -113,6 +125,20 @@ QColor Theme::hueOf(const QString &id) const {
     for (const QChar c : id)
         sum = sum * 31 + c.unicode();
     return QColor::fromRgb(hues[sum % std::size(hues)]);
+}
+
+QString Theme::initialOf(const QString &name) const {
+    // What people see as one character may be many, but not as many as anybody cares to send.
+    constexpr qsizetype longest = 16;
+    const QString start = name.trimmed().left(longest);
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, start);
+    const qsizetype end = finder.toNextBoundary();
+    return end > 0 ? start.left(end).toUpper() : QStringLiteral("?");
+}
+
+int Theme::columnSide(double width) const {
+    constexpr double widest = 760;
+    return int(std::lround(std::max(double(gap16), (width - widest) / 2)));
 }
 
 QColor Theme::mix(const QColor &ground, const QColor &over, double share) {

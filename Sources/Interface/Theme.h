@@ -41,7 +41,9 @@ class Theme : public QObject {
     Q_PROPERTY(QFont bodyFont MEMBER bodyFont CONSTANT)
     Q_PROPERTY(QFont strongBodyFont MEMBER strongBodyFont CONSTANT)
     Q_PROPERTY(QFont secondaryFont MEMBER secondaryFont CONSTANT)
+    Q_PROPERTY(QFont strongSecondaryFont MEMBER strongSecondaryFont CONSTANT)
     Q_PROPERTY(QFont captionFont MEMBER captionFont CONSTANT)
+    Q_PROPERTY(QFont strongCaptionFont MEMBER strongCaptionFont CONSTANT)
     Q_PROPERTY(QFont fixedFont MEMBER fixedFont CONSTANT)
     Q_PROPERTY(QString emojiFamily READ emojiFamily CONSTANT)
     Q_PROPERTY(double lineHeight MEMBER lineHeight CONSTANT)
@@ -71,6 +73,12 @@ public:
     /// White text stands on each of these at 4.5 : 1. The same id always gets the same hue.
     Q_INVOKABLE QColor hueOf(const QString &id) const;
 
+    /// What an avatar without a symbol says: the first character of the name as a capital, "?" without one.
+    Q_INVOKABLE QString initialOf(const QString &name) const;
+
+    /// Left free on either side of the conversation's column, which is centred in a pane of this width.
+    Q_INVOKABLE int columnSide(double width) const;
+
     /// The share of `over` in a mix with `ground`, 0 to 1, in sRGB.
     static QColor mix(const QColor &ground, const QColor &over, double share);
     /// WCAG 2 contrast ratio of two opaque colours, 1 to 21.
@@ -87,7 +95,8 @@ public:
     QColor ownReaction = QColor::fromRgbF(1.0F, 1.0F, 1.0F, 0.18F);
     QColor reaction;
 
-    QFont titleFont, headingFont, bodyFont, strongBodyFont, secondaryFont, captionFont, fixedFont;
+    QFont titleFont, headingFont, bodyFont, strongBodyFont, secondaryFont, strongSecondaryFont, captionFont,
+        strongCaptionFont, fixedFont;
     double lineHeight = 1.35;
 
     int gap4 = 4, gap8 = 8, gap12 = 12, gap16 = 16, gap24 = 24, gap32 = 32;

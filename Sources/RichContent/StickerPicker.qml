@@ -10,7 +10,7 @@ FocusScope {
 
     signal select(string emoji)
 
-    readonly property int columnWidth: Math.min(width - 2 * Theme.gap16, 760)
+    readonly property int columnWidth: width - 2 * Theme.columnSide(width)
 
     implicitHeight: 264
     implicitWidth: 400

@@ -1,10 +1,10 @@
 #include "Conversation/MessengerChatView.h"
 #include "Interface/SymbolImages.h"
 #include "Interface/Theme.h"
+#include "Support/FindItem.h"
 #include "Support/OpenChatParts.h"
 
 #include <QQmlEngine>
-#include <QQuickItem>
 #include <QQuickView>
 #include <QRegularExpression>
 #include <QTest>
@@ -12,16 +12,6 @@
 using namespace orvane;
 
 namespace {
-
-QQuickItem *find(QQuickItem *item, const char *property, const QVariant &value) {
-    if (item->isVisible() && item->property(property) == value)
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = find(child, property, value))
-            return found;
-    }
-    return nullptr;
-}
 
 /// The open chat in a window of its own, with a history that is given.
 struct Window : OpenChatParts {
@@ -48,7 +38,7 @@ struct Window : OpenChatParts {
     }
 
     QQuickItem *item(const char *property, const QVariant &value) {
-        return find(view.rootObject(), property, value);
+        return findItem(view.rootObject(), property, value);
     }
     void type(const char *letters) {
         for (; *letters; ++letters)
@@ -69,7 +59,7 @@ struct Window : OpenChatParts {
     }
     /// In this window, or over it.
     bool shownAnywhere(const char *property, const QVariant &value) {
-        return find(view.contentItem(), property, value) != nullptr;
+        return findItem(view.contentItem(), property, value) != nullptr;
     }
     /// For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder.
     void takePicture() {

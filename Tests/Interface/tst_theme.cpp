@@ -15,6 +15,8 @@ private Q_SLOTS:
     void everyPairCanBeRead();
     void contrastIsThatOfTheStandard_data();
     void contrastIsThatOfTheStandard();
+    void theInitialIsWhatPeopleSeeAsOneCharacter_data();
+    void theInitialIsWhatPeopleSeeAsOneCharacter();
     void initialsCanBeReadOnEveryHueAndAPersonKeepsTheirs();
 };
 
@@ -89,6 +91,23 @@ void TestTheme::initialsCanBeReadOnEveryHueAndAPersonKeepsTheirs() {
         seen.insert(hue.rgb());
     }
     QCOMPARE(seen.size(), 8);
+}
+
+void TestTheme::theInitialIsWhatPeopleSeeAsOneCharacter_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("initial");
+    QTest::newRow("letter") << " анна" << "А";
+    QTest::newRow("nothing") << " \n" << "?";
+    QTest::newRow("beyond 16 bits") << "😀 Ben" << "😀";
+    QTest::newRow("flag of two") << "🇩🇪 Team" << "🇩🇪";
+    QTest::newRow("with an accent of its own") << "e\u0301lan" << "E\u0301";
+    QTest::newRow("marks without end") << "a" + QString(10'000, u'\u0301') << "A" + QString(15, u'\u0301');
+}
+
+void TestTheme::theInitialIsWhatPeopleSeeAsOneCharacter() {
+    QFETCH(QString, name);
+    QFETCH(QString, initial);
+    QCOMPARE(Theme().initialOf(name), initial);
 }
 
 QTEST_MAIN(TestTheme)

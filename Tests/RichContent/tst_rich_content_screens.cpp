@@ -1,9 +1,9 @@
 #include "Interface/SymbolImages.h"
 #include "Model/MessengerPoll.h"
+#include "Support/FindItem.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickItem>
 #include <QQuickView>
 #include <QSignalSpy>
 #include <QTest>
@@ -11,16 +11,6 @@
 using namespace orvane;
 
 namespace {
-
-QQuickItem *find(QQuickItem *item, const char *property, const QVariant &value) {
-    if (item->isVisible() && item->property(property) == value)
-        return item;
-    for (QQuickItem *child : item->childItems()) {
-        if (QQuickItem *found = find(child, property, value))
-            return found;
-    }
-    return nullptr;
-}
 
 /// A window with what a few lines of QML say.
 struct Window {
@@ -45,7 +35,7 @@ struct Window {
     }
 
     QQuickItem *item(const char *property, const QVariant &value) {
-        return find(view.contentItem(), property, value);
+        return findItem(view.contentItem(), property, value);
     }
     QString focused() { return view.activeFocusItem()->property("text").toString(); }
     void press(int key) { QTest::keyClick(&view, Qt::Key(key)); }
@@ -94,7 +84,7 @@ void TestRichContentScreens::resultsShowOnceThePersonHasVoted() {
     QQuickItem *no = window.item("votes", 0);
     const auto bar = [](QQuickItem *row) { return row->findChild<QQuickItem *>("bar")->width(); };
     QCOMPARE(bar(yes), 0.0);
-    QVERIFY(!find(yes, "text", "3"));
+    QVERIFY(!findItem(yes, "text", "3"));
     window.press(Qt::Key_Tab);
     window.press(Qt::Key_Tab);
     QVERIFY(no->hasActiveFocus());
@@ -102,7 +92,7 @@ void TestRichContentScreens::resultsShowOnceThePersonHasVoted() {
     QVERIFY(window.item("text", "4 голосов"));
     QCOMPARE(bar(yes), yes->width() * 3 / 4);
     QCOMPARE(bar(no), no->width() / 4);
-    QVERIFY(find(yes, "text", "3") && find(no, "text", "1"));
+    QVERIFY(findItem(yes, "text", "3") && findItem(no, "text", "1"));
     QVERIFY(no->hasActiveFocus() && no->property("isSelected").toBool());
     window.click(yes);
     QVERIFY(yes->property("isSelected").toBool() && !no->property("isSelected").toBool());
