@@ -1,61 +1,53 @@
 import QtQuick
 import OrvaneTalk.ChatList
 import OrvaneTalk.Interface
-import OrvaneTalk.Model
 
 // One chat of the list.
 Item {
     id: root
 
-    required property messengerChat record
-    required property int index
     required property MessengerChatListView screen
+    required property int index
+    required property string chatID
+    required property string kind
+    required property string name
+    required property string preview
+    required property string time
+    required property int unreadCount
+    required property bool pinned
+    required property string hueID
+    required property bool online
+    required property string spoken
 
-    readonly property bool isOpen: screen.selectedChatID === record.id
-    readonly property bool pinned: {
-        void screen.pinsRevision;
-        return screen.isPinned(record.id);
-    }
-    readonly property string peer: screen.peerId(record)
-    readonly property string name: {
-        void screen.contactsRevision;
-        return screen.displayName(record);
-    }
-    readonly property bool online: {
-        void screen.contactsRevision;
-        return peer !== "" && screen.isOnline(peer);
-    }
-    readonly property bool unread: record.unreadCount > 0
+    readonly property bool isOpen: screen.selectedChatID === chatID
+    readonly property bool unread: unreadCount > 0
+    /// Its menu is wanted at this place of the row.
+    signal menuWanted(real x, real y)
 
     function open() {
         ListView.view.currentIndex = index;
-        screen.selectedChatID = record.id;
+        screen.selectedChatID = chatID;
     }
 
-    function openMenu(x, y) {
+    function wantMenu(x, y) {
         ListView.view.currentIndex = index;
         forceActiveFocus();
-        menu.active = true;
-        (menu.item as ChatRowMenu).popup(root, x, y);
+        menuWanted(x, y);
     }
 
     height: Theme.rowHeight
-    ListView.onReused: menu.active = false
     Keys.onReturnPressed: open()
     Keys.onEnterPressed: open()
     Keys.onSpacePressed: open()
-    Keys.onMenuPressed: openMenu(Theme.rowHeight, Theme.rowHeight / 2)
+    Keys.onMenuPressed: wantMenu(Theme.rowHeight, Theme.rowHeight / 2)
     Keys.onPressed: event => {
         if (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier) {
-            openMenu(Theme.rowHeight, Theme.rowHeight / 2);
+            wantMenu(Theme.rowHeight, Theme.rowHeight / 2);
             event.accepted = true;
         }
     }
     Accessible.role: Accessible.ListItem
-    Accessible.name: {
-        void screen.contactsRevision;
-        return screen.spokenChat(record);
-    }
+    Accessible.name: spoken
     Accessible.focusable: true
     Accessible.selected: isOpen
     Accessible.onPressAction: root.open()
@@ -76,67 +68,60 @@ Item {
     }
     TapHandler {
         acceptedButtons: Qt.RightButton
-        onTapped: point => root.openMenu(point.position.x, point.position.y)
-    }
-    Loader {
-        id: menu
-        active: false
-        sourceComponent: ChatRowMenu {
-            screen: root.screen
-            chatID: root.record.id
-            pinned: root.pinned
-        }
+        onTapped: point => root.wantMenu(point.position.x, point.position.y)
     }
     Avatar {
         id: avatar
         anchors { left: parent.left; leftMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
-        hueId: root.peer || root.record.id
+        hueId: root.hueID
         name: root.name
-        symbol: root.record.type === "group" ? "person.3.fill" : root.record.type === "channel" ? "megaphone.fill" : ""
+        symbol: root.kind === "group" ? "person.3.fill" : root.kind === "channel" ? "megaphone.fill" : ""
         online: root.online
         ground: Theme.surface
     }
+    // A row that comes into view is filled anew: every text has one width, so that it is laid out once.
     PlainText {
         id: title
-        anchors {
-            left: avatar.right; leftMargin: Theme.gap12
-            right: time.left; rightMargin: Theme.gap8
-        }
-        y: Math.round(preview.text ? parent.height / 2 - height : (parent.height - height) / 2)
+        anchors { left: avatar.right; leftMargin: Theme.gap12 }
+        y: Math.round(root.preview ? parent.height / 2 - height : (parent.height - height) / 2)
+        width: date.x - x - Theme.gap8
         maximumLineCount: 1
         horizontalAlignment: Text.AlignLeft
         text: root.name
-        font: root.unread ? Theme.strongBodyFont : Theme.bodyFont
+        font: Theme.strongBodyFont
         color: root.unread || root.isOpen ? Theme.text : Theme.dimmed
         Accessible.ignored: true
     }
     PlainText {
-        id: time
+        id: date
         anchors { right: parent.right; rightMargin: Theme.gap16; baseline: title.baseline }
-        text: root.record.lastMessage ? DisplayTimes.brief(root.record.lastMessage.timestamp) : ""
+        text: root.time
         font: Theme.captionFont
         color: Theme.dimmed
         Accessible.ignored: true
     }
     PlainText {
-        id: preview
-        anchors {
-            left: title.left
-            right: badge.visible ? badge.left : parent.right
-            rightMargin: badge.visible ? Theme.gap8 : Theme.gap16
-            top: parent.verticalCenter
-            topMargin: 2
-        }
+        id: line
+        anchors { left: title.left; top: parent.verticalCenter; topMargin: 2 }
+        width: parent.width - x - Theme.gap16 - (root.unread ? badge.width + Theme.gap8 : root.pinned ? pin.width + Theme.gap8 : 0)
         maximumLineCount: 1
         horizontalAlignment: Text.AlignLeft
-        text: root.record.lastMessage ? root.screen.preview(root.record) : ""
+        text: root.preview
         font: Theme.secondaryFont
         color: Theme.dimmed
         Accessible.ignored: true
     }
     CountBadge {
         id: badge
-        anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: preview.verticalCenter }
-        count: root.record.unreadCount
+        anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: line.verticalCenter }
+        count: root.unreadCount
+    }
+    Symbol {
+        id: pin
+        anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: line.verticalCenter }
+        visible: root.pinned && !root.unread
+        name: "pin.fill"
+        size: 16
+        color: Theme.faint
     }
 }

@@ -9,7 +9,7 @@ ContextMenu {
 
     required property MessengerChatListView screen
     required property string chatID
-    required property bool pinned
+    readonly property bool pinned: screen.isPinned(chatID)
 
     ContextMenuItem {
         text: root.pinned ? "Unpin" : "Pin"

@@ -99,8 +99,30 @@ FocusScope {
             screen: root.screen
         }
         delegate: ChatRow {
+            id: row
+
             width: list.width
             screen: root.screen
+            onMenuWanted: (x, y) => menu.open(row, x, y)
+        }
+    }
+    Loader {
+        id: menu
+
+        property string chatID
+
+        function open(row, x, y) {
+            // Made anew, the menu knows what is so now.
+            active = false;
+            chatID = row.chatID;
+            active = true;
+            (item as ChatRowMenu).popup(row, x, y);
+        }
+
+        active: false
+        sourceComponent: ChatRowMenu {
+            screen: root.screen
+            chatID: menu.chatID
         }
     }
     Spinner {

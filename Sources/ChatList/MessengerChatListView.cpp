@@ -18,8 +18,6 @@ namespace orvane {
 
 namespace {
 
-// More than fits into the widest row, and little enough to lay out at once.
-constexpr int previewLength = 200;
 constexpr qint64 highestBadge = 99;
 
 MessengerUser contactOf(const QJsonObject &record, const QString &id) {
@@ -56,7 +54,8 @@ MessengerMessage lastMessageOf(const QJsonObject &raw, const QString &chatID, co
 } // namespace
 
 MessengerChatListView::MessengerChatListView(const Parts &parts)
-    : m_parts(parts)
+    : chats(parts.session, contacts)
+    , m_parts(parts)
     , m_search(makeScreen<MessageSearch>(parts.session, parts.api, contacts))
     , m_newGroup(makeScreen<NewGroup>(parts.session, parts.api, parts.encryption))
     , m_channels(makeScreen<Channels>(parts.session, parts.api))
@@ -141,39 +140,12 @@ void MessengerChatListView::openNeighbour(int step) {
 
 void MessengerChatListView::togglePinned(const QString &chatID) {
     chats.setPinned(chatID, !chats.isPinned(chatID));
-    pinsRevision = pinsRevision + 1;
 }
 
 void MessengerChatListView::deleteChat(const QString &chatID) {
     chats.remove(chatID);
     openSelectedChat();
     updateDockBadge();
-}
-
-QString MessengerChatListView::displayName(const MessengerChat &chat) const {
-    return chat.displayName(m_parts.session.userIdText(), contacts);
-}
-
-QString MessengerChatListView::peerId(const MessengerChat &chat) const {
-    return chat.type == ChatType::direct ? chat.peerId(m_parts.session.userIdText()) : QString();
-}
-
-bool MessengerChatListView::isOnline(const QString &userID) const {
-    const auto user = contacts.constFind(userID);
-    return user != contacts.constEnd() && user->status == UserStatus::online;
-}
-
-QString MessengerChatListView::preview(const MessengerChat &chat) const {
-    return chat.lastMessage ? chat.lastMessage->content.left(previewLength).simplified() : QString();
-}
-
-QString MessengerChatListView::spokenChat(const MessengerChat &chat) const {
-    QStringList words{displayName(chat)};
-    if (chat.lastMessage)
-        words << preview(chat);
-    if (chat.unreadCount > 0)
-        words << QStringLiteral("%1 unread").arg(chat.unreadCount);
-    return words.join(QStringLiteral(", "));
 }
 
 QList<MessengerUser> MessengerChatListView::people() const {
@@ -295,7 +267,7 @@ void MessengerChatListView::showPeople(const QList<QJsonObject> &records) {
         if (const auto id = json::text(record, u"id"))
             contacts.insert(*id, contactOf(record, *id));
     }
-    contactsRevision = contactsRevision + 1;
+    contactsChanged();
 }
 
 void MessengerChatListView::showChats(QList<MessengerChat> loaded) {
@@ -320,7 +292,7 @@ void MessengerChatListView::filterChats() {
         folder ? std::optional(QSet<QString>(folder->chatIds.begin(), folder->chatIds.end())) : std::nullopt;
     chats.setFilter([this, members, text](const MessengerChat &chat) {
         return (!members || members->contains(chat.id)) &&
-               (text.isEmpty() || displayName(chat).contains(text, Qt::CaseInsensitive));
+               (text.isEmpty() || chats.displayName(chat).contains(text, Qt::CaseInsensitive));
     });
 }
 
@@ -347,7 +319,7 @@ void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
         chat.unreadCount += 1;
     chats.replace(chat);
     updateDockBadge();
-    m_parts.notifications().notify(*chatID, displayName(chat),
+    m_parts.notifications().notify(*chatID, chats.displayName(chat),
                                    nameOf(*senderID, contacts, QStringLiteral("Someone")), *content);
 }
 
@@ -357,7 +329,12 @@ void MessengerChatListView::handleUserStatus(const QJsonObject &event) {
     if (!userID || !status || !contacts.contains(*userID))
         return;
     contacts[*userID].status = *status == QLatin1String("online") ? UserStatus::online : UserStatus::offline;
+    contactsChanged();
+}
+
+void MessengerChatListView::contactsChanged() {
     contactsRevision = contactsRevision + 1;
+    chats.contactsChanged();
 }
 
 void MessengerChatListView::openNewChat(const MessengerChat &chat) {

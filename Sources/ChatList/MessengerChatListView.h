@@ -2,12 +2,12 @@
 
 #include "Base/Observable.h"
 #include "ChatList/Channels.h"
+#include "ChatList/ChatRows.h"
 #include "ChatList/ContactImporter.h"
 #include "ChatList/Folders.h"
 #include "ChatList/MessageSearch.h"
 #include "ChatList/MessengerContactListView.h"
 #include "ChatList/NewGroup.h"
-#include "ChatList/SortedChats.h"
 #include "ChatList/StarredMessagesView.h"
 #include "Conversation/MessengerChatView.h"
 #include "LocalNetwork/P2PLanPanelView.h"
@@ -52,10 +52,8 @@ class MessengerChatListView : public QObject, public std::enable_shared_from_thi
     OBSERVABLE(qint64, mentionsCount)
     /// Until the first list of chats is there.
     OBSERVABLE(bool, isLoading, true)
-    /// Grows with every change of `contacts`, for the names and presence that depend on them.
+    /// Grows with every change of `contacts`, for what depends on them.
     OBSERVABLE(int, contactsRevision)
-    /// Grows with every change of what is pinned.
-    OBSERVABLE(int, pinsRevision)
 
 public:
     /// What the screen and the chats that it opens stand on; it all outlives them.
@@ -68,8 +66,8 @@ public:
     };
     explicit MessengerChatListView(const Parts &parts);
 
-    SortedChats chats;
     Contacts contacts;
+    ChatRows chats;
 
     RecordListModel *sortedChats() { return &chats; }
     MessageSearch *search() const { return m_search.get(); }
@@ -102,14 +100,6 @@ public:
     /// On this machine only: the next list of the server brings it back.
     Q_INVOKABLE void deleteChat(const QString &chatID);
 
-    Q_INVOKABLE QString displayName(const orvane::MessengerChat &chat) const;
-    /// The other person of a direct chat; empty for all other chats.
-    Q_INVOKABLE QString peerId(const orvane::MessengerChat &chat) const;
-    Q_INVOKABLE bool isOnline(const QString &userID) const;
-    /// The last message in one line, no longer than a row can show.
-    Q_INVOKABLE QString preview(const orvane::MessengerChat &chat) const;
-    /// A row in words for assistive technology: name, preview, unread count.
-    Q_INVOKABLE QString spokenChat(const orvane::MessengerChat &chat) const;
     /// Everybody known, by name.
     Q_INVOKABLE QList<orvane::MessengerUser> people() const;
     /// A new sheet of starred messages; there is one at a time.
@@ -140,6 +130,7 @@ private:
     void filterChats();
     void handleEvent(const WSEvent &event);
     void handleNewMessage(const QJsonObject &event);
+    void contactsChanged();
     void handleUserStatus(const QJsonObject &event);
     void openNewChat(const MessengerChat &chat);
     void openSelectedChat();

@@ -18,6 +18,8 @@ T.ScrollBar {
         radius: 2
         color: root.pressed || root.hovered ? Theme.dimmed : Theme.faint
         opacity: root.active || root.hovered ? 1 : 0
+        // What nobody sees need not follow.
+        visible: opacity > 0
         Behavior on opacity { NumberAnimation { duration: Theme.panelDuration } }
     }
 }

@@ -47,6 +47,10 @@ struct Screen : OpenChatParts {
         return result;
     }
 
+    QVariant shown(const char *id, ChatRows::Role role) const {
+        return list->chats.index(list->chats.rowOf(QLatin1String(id))).data(role);
+    }
+
     MessengerChat chat(const char *id) const { return *list->chats.find(QLatin1String(id)); }
 
     void message(const char *chatID, const char *text = "hello") {
@@ -138,7 +142,7 @@ void TestChatListView::contactsAreReadKeyByKey() {
     QCOMPARE(contacts.value(QStringLiteral("2")).displayName, QStringLiteral("u2"));
     QCOMPARE(contacts.value(QStringLiteral("2")).status, UserStatus::offline);
     QCOMPARE(contacts.value(QStringLiteral("3")).displayName, QString());
-    QVERIFY(screen.list->isOnline(QStringLiteral("3")));
+    QCOMPARE(contacts.value(QStringLiteral("3")).status, UserStatus::online);
 }
 
 void TestChatListView::withoutChatsTheSamplesStandIn_data() {
@@ -158,7 +162,7 @@ void TestChatListView::withoutChatsTheSamplesStandIn() {
     QCOMPARE(screen.ids(), (QStringList{"c3", "c1", "c2", "c4"}));
     // People of the samples whom nobody knows are left out.
     QCOMPARE(screen.chat("c3").participants, QStringList{"ai_orvanetalk"});
-    QCOMPARE(screen.list->displayName(screen.chat("c3")), QStringLiteral("Orvane AI"));
+    QCOMPARE(screen.list->chats.displayName(screen.chat("c3")), QStringLiteral("Orvane AI"));
 }
 
 void TestChatListView::aMessageMovesItsChatUpAndCounts() {
@@ -222,11 +226,15 @@ void TestChatListView::badEventsChangeNothing() {
 void TestChatListView::presenceFollowsTheEvents() {
     Screen screen;
     screen.load();
-    QVERIFY(screen.list->isOnline(QStringLiteral("9")));
+    QSignalSpy told(&screen.list->chats, &QAbstractItemModel::dataChanged);
+    QCOMPARE(screen.shown("old", ChatRows::OnlineRole), true);
+    // A group is nobody's presence.
+    QCOMPARE(screen.shown("new", ChatRows::OnlineRole), false);
     screen.arrive(R"({"type":"user_status","user_id":"9","status":"typing"})");
-    QVERIFY(!screen.list->isOnline(QStringLiteral("9")));
+    QCOMPARE(screen.shown("old", ChatRows::OnlineRole), false);
     screen.arrive(R"({"type":"user_status","user_id":"9","status":"online"})");
-    QVERIFY(screen.list->isOnline(QStringLiteral("9")));
+    QCOMPARE(screen.shown("old", ChatRows::OnlineRole), true);
+    QCOMPARE(told.size(), 2);
 }
 
 void TestChatListView::selectingOpensOneChatScreenAtATime() {
@@ -250,12 +258,16 @@ void TestChatListView::selectingOpensOneChatScreenAtATime() {
 void TestChatListView::rowsReadNamePreviewAndCount() {
     Screen screen;
     screen.load();
-    QCOMPARE(screen.list->spokenChat(screen.chat("new")), QStringLiteral("Team, b, 3 unread"));
-    QCOMPARE(screen.list->spokenChat(screen.chat("old")), QStringLiteral("Ben, a"));
+    QCOMPARE(screen.shown("new", ChatRows::SpokenRole), QStringLiteral("Team, b, 3 unread"));
+    QCOMPARE(screen.shown("old", ChatRows::SpokenRole), QStringLiteral("Ben, a"));
     MessengerChat chat = screen.chat("old");
     chat.lastMessage->content = QStringLiteral(" two\n\n lines ") + QString(10'000'000, u'x');
-    QVERIFY(screen.list->preview(chat).startsWith(QStringLiteral("two lines xxx")));
-    QVERIFY(screen.list->preview(chat).size() < 300);
+    chat.unreadCount = std::numeric_limits<qint64>::max();
+    screen.list->chats.replace(chat);
+    const QString preview = screen.shown("old", ChatRows::PreviewRole).toString();
+    QVERIFY(preview.startsWith(QStringLiteral("two lines xxx")));
+    QVERIFY(preview.size() < 300);
+    QCOMPARE(screen.shown("old", ChatRows::UnreadCountRole), 100);
 }
 
 void TestChatListView::loadingAgainKeepsOneSubscription() {

@@ -1,0 +1,88 @@
+#include "ChatList/ChatRows.h"
+
+#include "Interface/DisplayTimes.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+namespace {
+
+// More than fits into the widest row, and little enough to lay out at once.
+constexpr qsizetype previewLength = 200;
+
+QString preview(const MessengerChat &chat) {
+    return chat.lastMessage ? chat.lastMessage->content.left(previewLength).simplified() : QString();
+}
+
+} // namespace
+
+void ChatRows::contactsChanged() {
+    if (const int rows = rowCount(); rows > 0)
+        Q_EMIT dataChanged(index(0), index(rows - 1), {NameRole, OnlineRole, SpokenRole});
+}
+
+QString ChatRows::displayName(const MessengerChat &chat) const {
+    return chat.displayName(m_session.userIdText(), m_contacts);
+}
+
+QHash<int, QByteArray> ChatRows::roleNames() const {
+    return {{ChatIDRole, "chatID"},   {KindRole, "kind"},     {NameRole, "name"},
+            {PreviewRole, "preview"}, {TimeRole, "time"},     {UnreadCountRole, "unreadCount"},
+            {PinnedRole, "pinned"},   {HueIDRole, "hueID"},   {OnlineRole, "online"},
+            {SpokenRole, "spoken"}};
+}
+
+QVariant ChatRows::data(const QModelIndex &index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const MessengerChat &chat = at(index.row());
+    switch (role) {
+    case ChatIDRole:
+        return chat.id;
+    case KindRole:
+        return rawText(chat.type);
+    case NameRole:
+        return displayName(chat);
+    case PreviewRole:
+        return preview(chat);
+    case TimeRole:
+        return chat.lastMessage ? DisplayTimes::brief(chat.lastMessage->timestamp) : QString();
+    case UnreadCountRole:
+        // No badge says more.
+        return int(std::clamp<qint64>(chat.unreadCount, 0, 100));
+    case PinnedRole:
+        return isPinned(chat.id);
+    case HueIDRole:
+        return hueID(chat);
+    case OnlineRole:
+        return isOnline(chat);
+    case SpokenRole:
+        return spoken(chat);
+    default:
+        return {};
+    }
+}
+
+QString ChatRows::hueID(const MessengerChat &chat) const {
+    const QString peer = chat.type == ChatType::direct ? chat.peerId(m_session.userIdText()) : QString();
+    return peer.isEmpty() ? chat.id : peer;
+}
+
+bool ChatRows::isOnline(const MessengerChat &chat) const {
+    if (chat.type != ChatType::direct)
+        return false;
+    const auto peer = m_contacts.constFind(chat.peerId(m_session.userIdText()));
+    return peer != m_contacts.constEnd() && peer->status == UserStatus::online;
+}
+
+QString ChatRows::spoken(const MessengerChat &chat) const {
+    QStringList words{displayName(chat)};
+    if (chat.lastMessage)
+        words << preview(chat);
+    if (chat.unreadCount > 0)
+        words << QStringLiteral("%1 unread").arg(chat.unreadCount);
+    return words.join(QStringLiteral(", "));
+}
+
+} // namespace orvane

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ChatList/SortedChats.h"
+#include "Session/MessengerSession.h"
+
+namespace orvane {
+
+/// The chats as their rows read, in roles of plain values: while the list scrolls, a row takes these over as
+/// they are. Names and presence come from `contacts`. Main thread.
+class ChatRows : public SortedChats {
+public:
+    enum Role {
+        ChatIDRole = Qt::UserRole,
+        /// "direct", "group" or "channel".
+        KindRole,
+        NameRole,
+        /// The last message in one line, no longer than a row can show; empty without one.
+        PreviewRole,
+        /// Of the last message; empty without one.
+        TimeRole,
+        UnreadCountRole,
+        PinnedRole,
+        /// Decides the avatar's hue: the other person of a direct chat, else the chat.
+        HueIDRole,
+        OnlineRole,
+        /// The row in words for assistive technology: name, preview, unread count.
+        SpokenRole,
+    };
+
+    /// Both outlive the rows.
+    ChatRows(const MessengerSession &session, const Contacts &contacts)
+        : m_session(session)
+        , m_contacts(contacts) {}
+
+    /// What is shown of people has to be looked up again.
+    void contactsChanged();
+
+    QString displayName(const MessengerChat &chat) const;
+
+    QHash<int, QByteArray> roleNames() const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+
+private:
+    QString hueID(const MessengerChat &chat) const;
+    bool isOnline(const MessengerChat &chat) const;
+    QString spoken(const MessengerChat &chat) const;
+
+    const MessengerSession &m_session;
+    const Contacts &m_contacts;
+};
+
+} // namespace orvane
