@@ -4,10 +4,15 @@
 #include "Base/LogLine.h"
 #include "Session/OrvaneTalkEndpoint.h"
 
+#include <QElapsedTimer>
 #include <QUrl>
 #include <QWebSocket>
 
+#include <deque>
+
 namespace orvane {
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -17,14 +22,28 @@ constexpr auto socketError = &QWebSocket::errorOccurred;
 constexpr auto socketError = qOverload<QAbstractSocket::SocketError>(&QWebSocket::error);
 #endif
 
+// Half of a frame at 60 Hz, and what a window needs to get its turn.
+constexpr auto longestTurn = 8ms;
+constexpr auto pause = 1ms;
+constexpr qint64 slowBuffer = 64 * 1024;
+
 } // namespace
 
-/// One socket, with the frames that wait for its handshake.
+/// What a socket tells.
+struct MessengerWebSocket::Report {
+    enum Kind { text, binary, end } kind;
+    QString frame;
+};
+
+/// One socket, with the frames that wait for its handshake and what has come and is not handed on yet.
 struct MessengerWebSocket::Connection : QObject {
-    explicit Connection(QObject *parent)
-        : QObject(parent) {
+    explicit Connection(MessengerWebSocket *parent)
+        : QObject(parent)
+        , owner(parent) {
         // A message cut into frames is cut at any byte, and its reader refuses half a character.
         socket.setOutgoingFrameSize(QWebSocket::maxOutgoingFrameSize());
+        next.setSingleShot(true);
+        QObject::connect(&next, &QTimer::timeout, this, &Connection::handOn);
     }
 
     void send(const QString &frame) {
@@ -40,9 +59,47 @@ struct MessengerWebSocket::Connection : QObject {
         waiting.clear();
     }
 
-    QWebSocket socket;
+    void arrived(Report::Kind kind, const QString &frame = {}) {
+        inbox.push_back({kind, frame});
+        if (inbox.size() == 1)
+            QMetaObject::invokeMethod(this, &Connection::handOn, Qt::QueuedConnection);
+    }
+
+    /// Reports for one turn; what is left then waits while the window paints.
+    void handOn() {
+        QElapsedTimer turn;
+        turn.start();
+        while (!inbox.empty()) {
+            const Report report = std::move(inbox.front());
+            inbox.pop_front();
+            owner->reported(*this, report);
+            if (!inbox.empty() && turn.hasExpired(longestTurn.count())) {
+                // While there is this much to do, the server may wait.
+                socket.setReadBufferSize(slowBuffer);
+                next.start(pause);
+                return;
+            }
+        }
+        socket.setReadBufferSize(0);
+    }
+
+    /// Nothing more of this connection is of interest.
+    void abandon() {
+        inbox.clear();
+        socket.disconnect(this);
+        if (socket.state() == QAbstractSocket::UnconnectedState)
+            deleteLater();
+        else
+            QObject::connect(&socket, &QWebSocket::disconnected, this, &QObject::deleteLater);
+    }
+
+    MessengerWebSocket *owner;
     QStringList waiting;
+    std::deque<Report> inbox;
+    QTimer next;
     bool ended = false;
+    // The first to go: it reports even then.
+    QWebSocket socket;
 };
 
 MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, QObject *parent)
@@ -93,33 +150,28 @@ void MessengerWebSocket::send(const QJsonObject &map) {
 
 void MessengerWebSocket::follow(Connection &connection) {
     Connection *self = &connection;
-    // A replaced connection still reports the one thing that was being waited for, and nothing after it.
-    const auto detachIfReplaced = [this, self] {
-        if (self != ws)
-            self->socket.disconnect(this);
-    };
     QObject::connect(&self->socket, &QWebSocket::connected, self, &Connection::flush);
-    QObject::connect(&self->socket, &QWebSocket::textMessageReceived, this,
-                     [this, detachIfReplaced](const QString &text) {
-                         detachIfReplaced();
-                         received(&text);
-                     });
-    QObject::connect(&self->socket, &QWebSocket::binaryMessageReceived, this, [this, detachIfReplaced] {
-        detachIfReplaced();
-        received(nullptr);
-    });
+    QObject::connect(&self->socket, &QWebSocket::textMessageReceived, self,
+                     [self](const QString &text) { self->arrived(Report::text, text); });
+    QObject::connect(&self->socket, &QWebSocket::binaryMessageReceived, self,
+                     [self] { self->arrived(Report::binary); });
     // A server that refuses the handshake may leave its connection open.
     QObject::connect(&self->socket, socketError, &self->socket, &QWebSocket::abort, Qt::QueuedConnection);
     // Every failure ends here, that of the handshake too.
-    QObject::connect(&self->socket, &QWebSocket::disconnected, this, [this, self, detachIfReplaced] {
-        self->ended = true;
-        detachIfReplaced();
+    QObject::connect(&self->socket, &QWebSocket::disconnected, self,
+                     [self] { self->arrived(Report::end); });
+}
+
+void MessengerWebSocket::reported(Connection &connection, const Report &report) {
+    // A replaced connection still reports the one thing that was being waited for, and nothing after it.
+    if (&connection != ws)
+        connection.abandon();
+    if (report.kind == Report::end) {
+        connection.ended = true;
         failed();
-    });
-    QObject::connect(&self->socket, &QWebSocket::disconnected, self, [this, self] {
-        if (self != ws)
-            self->deleteLater();
-    });
+    } else {
+        received(report.kind == Report::text ? &report.frame : nullptr);
+    }
 }
 
 void MessengerWebSocket::received(const QString *text) {

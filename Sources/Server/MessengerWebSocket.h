@@ -50,13 +50,16 @@ public:
     void send(const QJsonObject &map);
 
 Q_SIGNALS:
-    /// Every event from now on, in order, synchronously.
+    /// Every event from now on, in order, synchronously. A server that sends faster than events are handled is
+    /// slowed down, and does not keep the window from painting.
     void events(const orvane::WSEvent &event);
 
 private:
+    struct Report;
     struct Connection;
 
     void follow(Connection &connection);
+    void reported(Connection &connection, const Report &report);
     void received(const QString *text);
     void failed();
     void scheduleReconnect();

@@ -87,6 +87,7 @@ private Q_SLOTS:
     void badFramesReachNobodyButCount_data();
     void badFramesReachNobodyButCount();
     void eventsKeepTheirOrder();
+    void aBurstLeavesOthersTheirTurnAndLosesNothing();
     void largeFramesPassBothWays();
     void pingsGoOutAtTheirInterval();
     void secondConnectLeavesOnePingTimer();
@@ -209,6 +210,35 @@ void TestWebSocket::eventsKeepTheirOrder() {
             server.sendBinary(0, "x");
     }
     QTRY_COMPARE(subscriber.types, expected);
+}
+
+void TestWebSocket::aBurstLeavesOthersTheirTurnAndLosesNothing() {
+    Live live;
+    auto &[server, socket, subscriber] = live;
+    connect(&socket, &MessengerWebSocket::events, &subscriber, [] {
+        QElapsedTimer work;
+        work.start();
+        while (!work.hasExpired(1)) {
+        }
+    });
+    QTimer others;
+    int turns = 0;
+    connect(&others, &QTimer::timeout, &subscriber, [&] { turns += !subscriber.types.isEmpty(); });
+    others.start(1ms);
+    QStringList expected;
+    for (int number = 0; number < 100; ++number) {
+        expected.append(QString::number(number));
+        server.sendText(0, QStringLiteral(R"({"type":"%1"})").arg(number));
+    }
+    // More than is read at once while there is a burst, and the end of the connection right behind it.
+    expected.append(QStringLiteral("large"));
+    server.sendText(0, QStringLiteral(R"({"type":"large","text":"%1"})").arg(QString(1'000'000, u'x')));
+    server.close(0);
+    QTRY_VERIFY(!subscriber.types.isEmpty());
+    QVERIFY(subscriber.types.size() < expected.size() && socket.isConnected.value());
+    QTRY_VERIFY(!socket.isConnected.value());
+    QCOMPARE(subscriber.types, expected);
+    QVERIFY2(turns >= 5, qPrintable(QString::number(turns)));
 }
 
 void TestWebSocket::largeFramesPassBothWays() {
