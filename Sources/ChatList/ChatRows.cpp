@@ -9,10 +9,14 @@ namespace orvane {
 namespace {
 
 // More than fits into the widest row, and little enough to lay out at once.
-constexpr qsizetype previewLength = 200;
+constexpr qsizetype longestLine = 200;
+
+QString oneLine(const QString &text) {
+    return text.left(longestLine).simplified();
+}
 
 QString preview(const MessengerChat &chat) {
-    return chat.lastMessage ? chat.lastMessage->content.left(previewLength).simplified() : QString();
+    return chat.lastMessage ? oneLine(chat.lastMessage->content) : QString();
 }
 
 } // namespace
@@ -43,7 +47,7 @@ QVariant ChatRows::data(const QModelIndex &index, int role) const {
     case KindRole:
         return rawText(chat.type);
     case NameRole:
-        return displayName(chat);
+        return oneLine(displayName(chat));
     case PreviewRole:
         return preview(chat);
     case TimeRole:
@@ -77,7 +81,7 @@ bool ChatRows::isOnline(const MessengerChat &chat) const {
 }
 
 QString ChatRows::spoken(const MessengerChat &chat) const {
-    QStringList words{displayName(chat)};
+    QStringList words{oneLine(displayName(chat))};
     if (chat.lastMessage)
         words << preview(chat);
     if (chat.unreadCount > 0)

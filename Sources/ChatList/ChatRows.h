@@ -13,8 +13,8 @@ public:
         ChatIDRole = Qt::UserRole,
         /// "direct", "group" or "channel".
         KindRole,
+        /// In one line, no longer than a row can show; so is the last message, which is empty without one.
         NameRole,
-        /// The last message in one line, no longer than a row can show; empty without one.
         PreviewRole,
         /// Of the last message; empty without one.
         TimeRole,

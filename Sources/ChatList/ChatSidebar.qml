@@ -63,6 +63,7 @@ FocusScope {
         id: list
 
         readonly property FixedRows fixedRows: headerItem as FixedRows
+        property real lastOrigin: 0
 
         /// Goes `step` rows on from the row that has the focus; `from` tells another row to count from.
         function walk(step, from) {
@@ -91,6 +92,12 @@ FocusScope {
         Accessible.name: "Chats"
         T.ScrollBar.vertical: ScrollThumb {}
 
+        // What comes to stand over the chats later, channels or search results, must not come out of sight.
+        onOriginYChanged: {
+            if (contentY <= lastOrigin)
+                positionViewAtBeginning();
+            lastOrigin = originY;
+        }
         Keys.onUpPressed: walk(-1)
         Keys.onDownPressed: walk(1)
 

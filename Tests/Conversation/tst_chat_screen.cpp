@@ -1,11 +1,7 @@
 #include "Conversation/MessengerChatView.h"
-#include "Interface/SymbolImages.h"
-#include "Interface/Theme.h"
-#include "Support/FindItem.h"
 #include "Support/OpenChatParts.h"
+#include "Support/ScreenWindow.h"
 
-#include <QQmlEngine>
-#include <QQuickView>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -16,7 +12,7 @@ namespace {
 /// The open chat in a window of its own, with a history that is given.
 struct Window : OpenChatParts {
     std::shared_ptr<MessengerChatView> screen;
-    QQuickView view;
+    ScreenWindow view;
 
     explicit Window(const QJsonArray &history) {
         MessengerChat chat;
@@ -26,28 +22,17 @@ struct Window : OpenChatParts {
         http.answerFor("/api/messenger/chats/c/messages",
                        ScriptedAnswer::of(200, json::compact({{"messages", history}})));
         screen = std::make_shared<MessengerChatView>(chat, Contacts(), QStringLiteral("7"), chatParts());
-        view.engine()->addImportPath("qrc:/");
-        view.engine()->addImageProvider("symbol", new SymbolImages);
-        view.setInitialProperties({{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
         view.resize(580, 650);
-        view.setSource(QUrl("qrc:/OrvaneTalk/Conversation/ChatScreen.qml"));
-        view.show();
-        view.requestActivate();
+        view.open(QStringLiteral("qrc:/OrvaneTalk/Conversation/ChatScreen.qml"),
+                  {{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
         screen->loadMessages();
     }
 
-    QQuickItem *item(const char *property, const QVariant &value) {
-        return findItem(view.rootObject(), property, value);
+    QQuickItem *messages() const {
+        return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages"));
     }
-    void type(const char *letters) {
-        for (; *letters; ++letters)
-            QTest::keyClick(&view, *letters);
-    }
-
-    QQuickItem *messages() { return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages")); }
     /// The end of the last message stands at the end of the list.
-    bool showsNewest() {
+    bool showsNewest() const {
         const int last = screen->messages.count() - 1;
         QQuickItem *row = nullptr;
         QMetaObject::invokeMethod(messages(), "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
@@ -57,21 +42,8 @@ struct Window : OpenChatParts {
         const double end = row->mapToItem(messages(), QPointF(0, row->height())).y();
         return end <= messages()->height() && end > messages()->height() - 32;
     }
-    /// In this window, or over it.
-    bool shownAnywhere(const char *property, const QVariant &value) {
-        return findItem(view.contentItem(), property, value) != nullptr;
-    }
-    /// For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder.
-    void takePicture() {
-        if (const QString pictures = qEnvironmentVariable("ORVANETALK_PICTURES"); !pictures.isEmpty())
-            view.grabWindow().save(
-                QStringLiteral("%1/%2-%3.png").arg(pictures, QTest::currentDataTag()).arg(++m_pictures));
-    }
 
-    QQuickItem *input() { return item("placeholderText", "Message..."); }
-
-private:
-    int m_pictures = 0;
+    QQuickItem *input() const { return view.item("placeholderText", "Message..."); }
 };
 
 QJsonObject message(const QString &text) {
@@ -100,11 +72,11 @@ void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
     QTRY_VERIFY(!window.screen->isLoading);
     // Opening a chat leaves the cursor in its input.
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
-    QVERIFY(!window.item("text", "Send"));
-    window.type("one");
-    QVERIFY(window.item("text", "Send"));
+    QVERIFY(!window.view.item("text", "Send"));
+    window.view.type("one");
+    QVERIFY(window.view.item("text", "Send"));
     QTest::keyClick(&window.view, Qt::Key_Return, Qt::ShiftModifier);
-    window.type("two");
+    window.view.type("two");
     QTest::keyClick(&window.view, Qt::Key_Return);
     QCOMPARE(window.screen->messages.count(), 1);
     QCOMPARE(window.screen->messages.at(0).content, "one\ntwo");
@@ -135,7 +107,7 @@ void TestChatScreen::aMessageOfTenMegabytesIsShownInPieces() {
     Window window({message(QString(10'000'000, u'x'))});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QQuickItem *more = nullptr;
-    QTRY_VERIFY((more = window.item("text", "Show more")));
+    QTRY_VERIFY((more = window.view.item("text", "Show more")));
     // The button stands in its loader.
     QQuickItem *bubble = more->parentItem()->parentItem();
     const double before = bubble->height();
@@ -157,20 +129,20 @@ void TestChatScreen::markupIsShownAsItStands() {
     QFETCH(QString, text);
     Window window({message(text)});
     QTRY_COMPARE(window.screen->messages.count(), 1);
-    QTRY_VERIFY(window.item("text", text));
-    QCOMPARE(window.item("text", text)->property("textFormat").toInt(), int(Qt::PlainText));
+    QTRY_VERIFY(window.view.item("text", text));
+    QCOMPARE(window.view.item("text", text)->property("textFormat").toInt(), int(Qt::PlainText));
 }
 
 void TestChatScreen::theMenuOpensByKeyboard() {
     Window window({message(QStringLiteral("hi"))});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
-    QTRY_VERIFY(window.item("text", "hi"));
+    QTRY_VERIFY(window.view.item("text", "hi"));
     QVERIFY(window.messages());
     window.messages()->forceActiveFocus();
     QTest::keyClick(&window.view, Qt::Key_F10, Qt::ShiftModifier);
-    QTRY_VERIFY(window.shownAnywhere("text", "Reply"));
+    QTRY_VERIFY(window.view.showsAnywhere("text", "Reply"));
     QTest::keyClick(&window.view, Qt::Key_Escape);
-    QTRY_VERIFY(!window.shownAnywhere("text", "Reply"));
+    QTRY_VERIFY(!window.view.showsAnywhere("text", "Reply"));
 }
 
 void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme_data() {
@@ -189,10 +161,7 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
     Window window(
         {message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen?")),
          message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
-    auto *tokens =
-        window.view.engine()->singletonInstance<Theme *>(qmlTypeId("OrvaneTalk.Interface", 1, 0, "Theme"));
-    tokens->use(OrvaneTheme(theme));
-    window.view.setColor(tokens->background);
+    window.view.use(OrvaneTheme(theme));
     window.view.resize(size);
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     MessengerChatView &screen = *window.screen;
@@ -246,19 +215,19 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
     screen.showSearchPanel = true;
     screen.showAIPanel = true;
     screen.aiResponse = QStringLiteral("Searching.");
-    QTRY_VERIFY(window.item("text", "Searching."));
+    QTRY_VERIFY(window.view.item("text", "Searching."));
     QTRY_VERIFY(window.showsNewest());
-    window.takePicture();
+    window.view.takePicture();
     screen.showAIPanel = false;
     screen.showSearchPanel = false;
     screen.closeContext();
     screen.closeSummary();
     screen.showStickerPicker = true;
-    QTRY_VERIFY(window.item("placeholderText", "Поиск стикеров..."));
+    QTRY_VERIFY(window.view.item("placeholderText", "Поиск стикеров..."));
     QTRY_VERIFY(window.showsNewest());
-    window.takePicture();
+    window.view.takePicture();
     screen.showStickerPicker = false;
-    QTRY_VERIFY(!window.item("placeholderText", "Поиск стикеров..."));
+    QTRY_VERIFY(!window.view.item("placeholderText", "Поиск стикеров..."));
     QTRY_VERIFY(window.showsNewest());
 }
 
