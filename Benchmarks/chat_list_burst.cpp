@@ -28,10 +28,12 @@ public:
     FloodingServer() {
         m_thread.start();
         m_server.moveToThread(&m_thread);
-        QMetaObject::invokeMethod(&m_server, [this] { listen(); }, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(
+            &m_server, [this] { listen(); }, Qt::BlockingQueuedConnection);
     }
     ~FloodingServer() {
-        QMetaObject::invokeMethod(&m_server, [this] { m_server.close(); }, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(
+            &m_server, [this] { m_server.close(); }, Qt::BlockingQueuedConnection);
         m_thread.quit();
         m_thread.wait();
     }
@@ -57,13 +59,12 @@ private:
         return QString::fromUtf8(json::compact(
             {{u"type"_s, u"messenger_message"_s},
              {u"chat_id"_s, chatID},
-             {u"message"_s,
-              QJsonObject{{u"id"_s, QString::number(number)},
-                          {u"chat_id"_s, chatID},
-                          {u"sender_id"_s, u"9"_s},
-                          {u"type"_s, u"text"_s},
-                          {u"content"_s, u"See you at twelve, bring the numbers."_s},
-                          {u"created_at"_s, 1'700'000'000.25 + number}}}}));
+             {u"message"_s, QJsonObject{{u"id"_s, QString::number(number)},
+                                        {u"chat_id"_s, chatID},
+                                        {u"sender_id"_s, u"9"_s},
+                                        {u"type"_s, u"text"_s},
+                                        {u"content"_s, u"See you at twelve, bring the numbers."_s},
+                                        {u"created_at"_s, 1'700'000'000.25 + number}}}}));
     }
 
     QThread m_thread;

@@ -31,9 +31,9 @@ QString ChatRows::displayName(const MessengerChat &chat) const {
 }
 
 QHash<int, QByteArray> ChatRows::roleNames() const {
-    return {{ChatIDRole, "chatID"},   {KindRole, "kind"},     {NameRole, "name"},
-            {PreviewRole, "preview"}, {TimeRole, "time"},     {UnreadCountRole, "unreadCount"},
-            {PinnedRole, "pinned"},   {HueIDRole, "hueID"},   {OnlineRole, "online"},
+    return {{ChatIDRole, "chatID"},   {KindRole, "kind"},   {NameRole, "name"},
+            {PreviewRole, "preview"}, {TimeRole, "time"},   {UnreadCountRole, "unreadCount"},
+            {PinnedRole, "pinned"},   {HueIDRole, "hueID"}, {OnlineRole, "online"},
             {SpokenRole, "spoken"}};
 }
 

@@ -25,7 +25,7 @@ constexpr auto socketError = qOverload<QAbstractSocket::SocketError>(&QWebSocket
 // Half of a frame at 60 Hz, and what a window needs to get its turn.
 constexpr auto longestTurn = 8ms;
 constexpr auto pause = 1ms;
-constexpr qint64 slowBuffer = 64 * 1024;
+constexpr qint64 slowBuffer = 65'536;
 
 } // namespace
 
@@ -158,8 +158,7 @@ void MessengerWebSocket::follow(Connection &connection) {
     // A server that refuses the handshake may leave its connection open.
     QObject::connect(&self->socket, socketError, &self->socket, &QWebSocket::abort, Qt::QueuedConnection);
     // Every failure ends here, that of the handshake too.
-    QObject::connect(&self->socket, &QWebSocket::disconnected, self,
-                     [self] { self->arrived(Report::end); });
+    QObject::connect(&self->socket, &QWebSocket::disconnected, self, [self] { self->arrived(Report::end); });
 }
 
 void MessengerWebSocket::reported(Connection &connection, const Report &report) {

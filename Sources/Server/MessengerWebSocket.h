@@ -50,8 +50,8 @@ public:
     void send(const QJsonObject &map);
 
 Q_SIGNALS:
-    /// Every event from now on, in order, synchronously. A server that sends faster than events are handled is
-    /// slowed down, and does not keep the window from painting.
+    /// Every event from now on, in order, synchronously. A server that sends faster than events are handled
+    /// is slowed down, and does not keep the window from painting.
     void events(const orvane::WSEvent &event);
 
 private:

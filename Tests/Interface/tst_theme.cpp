@@ -96,11 +96,16 @@ void TestTheme::initialsCanBeReadOnEveryHueAndAPersonKeepsTheirs() {
 void TestTheme::theInitialIsWhatPeopleSeeAsOneCharacter_data() {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("initial");
-    QTest::newRow("letter") << " анна" << "А";
-    QTest::newRow("nothing") << " \n" << "?";
-    QTest::newRow("beyond 16 bits") << "😀 Ben" << "😀";
-    QTest::newRow("flag of two") << "🇩🇪 Team" << "🇩🇪";
-    QTest::newRow("with an accent of its own") << "e\u0301lan" << "E\u0301";
+    QTest::newRow("letter") << " анна"
+                            << "А";
+    QTest::newRow("nothing") << " \n"
+                             << "?";
+    QTest::newRow("beyond 16 bits") << "😀 Ben"
+                                    << "😀";
+    QTest::newRow("flag of two") << "🇩🇪 Team"
+                                 << "🇩🇪";
+    QTest::newRow("with an accent of its own") << "e\u0301lan"
+                                               << "E\u0301";
     QTest::newRow("marks without end") << "a" + QString(10'000, u'\u0301') << "A" + QString(15, u'\u0301');
 }
 
