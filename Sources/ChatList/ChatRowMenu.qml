@@ -13,7 +13,7 @@ ContextMenu {
 
     ContextMenuItem {
         text: root.pinned ? "Unpin" : "Pin"
-        onTriggered: root.screen.togglePinned(root.chatID)
+        onChosen: root.screen.togglePinned(root.chatID)
     }
     ContextMenu {
         id: folders
@@ -27,7 +27,7 @@ ContextMenu {
                 required property chatFolder record
 
                 text: record.icon + " " + record.name
-                onTriggered: root.screen.folders.addChat(record.id, root.chatID)
+                onChosen: root.screen.folders.addChat(record.id, root.chatID)
             }
             onObjectAdded: (index, object) => folders.insertItem(index, object)
             onObjectRemoved: (index, object) => folders.removeItem(object)
@@ -36,6 +36,6 @@ ContextMenu {
     ContextMenuItem {
         text: "Delete"
         dangerous: true
-        onTriggered: root.screen.deleteChat(root.chatID)
+        onChosen: root.screen.deleteChat(root.chatID)
     }
 }

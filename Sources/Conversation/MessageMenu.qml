@@ -19,14 +19,14 @@ ContextMenu {
     ContextMenuItem {
         text: "Copy"
         symbol: "doc.on.doc"
-        onTriggered: root.screen.copyMessage(root.record)
+        onChosen: root.screen.copyMessage(root.record)
     }
     ContextMenuItem {
         visible: root.own
         height: visible ? implicitHeight : 0
         text: "Edit"
         symbol: "pencil"
-        onTriggered: root.screen.editMessage(root.record)
+        onChosen: root.screen.editMessage(root.record)
     }
     ContextMenuItem {
         visible: root.own
@@ -34,32 +34,32 @@ ContextMenu {
         text: "Delete"
         symbol: "trash"
         dangerous: true
-        onTriggered: root.screen.deleteMessage(root.record)
+        onChosen: root.screen.deleteMessage(root.record)
     }
     ContextMenuItem {
         text: "Forward"
         symbol: "arrowshape.turn.up.right"
-        onTriggered: root.screen.pickForward(root.record)
+        onChosen: root.screen.pickForward(root.record)
     }
     ContextMenuItem {
         text: root.record.isStarred ? "Unstar" : "Star"
         symbol: root.record.isStarred ? "star.fill" : "star"
-        onTriggered: root.screen.toggleStar(root.record)
+        onChosen: root.screen.toggleStar(root.record)
     }
     ContextMenuItem {
         text: root.screen.translatingMsgID === root.record.id ? "Translating..." : "Translate"
         symbol: "globe"
-        onTriggered: root.screen.translateAction(root.record)
+        onChosen: root.screen.translateAction(root.record)
     }
     ContextMenuItem {
         text: "Reply"
         symbol: "arrowshape.turn.up.left"
-        onTriggered: root.screen.replyTo(root.record)
+        onChosen: root.screen.replyTo(root.record)
     }
     ContextMenuItem {
         text: root.pinned ? "Unpin" : "Pin"
         symbol: root.pinned ? "pin.slash" : "pin"
-        onTriggered: root.screen.pinUnpinMessage(root.record)
+        onChosen: root.screen.pinUnpinMessage(root.record)
     }
     ContextMenu {
         title: "React"
@@ -72,7 +72,7 @@ ContextMenu {
 
                 implicitWidth: 112
                 text: modelData
-                onTriggered: root.screen.reactToMessage(root.record, modelData)
+                onChosen: root.screen.reactToMessage(root.record, modelData)
             }
         }
     }

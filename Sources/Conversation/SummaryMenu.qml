@@ -10,14 +10,14 @@ ContextMenu {
 
     ContextMenuItem {
         text: "Today"
-        onTriggered: root.screen.summarizeAction("day")
+        onChosen: root.screen.summarizeAction("day")
     }
     ContextMenuItem {
         text: "This week"
-        onTriggered: root.screen.summarizeAction("week")
+        onChosen: root.screen.summarizeAction("week")
     }
     ContextMenuItem {
         text: "Everything"
-        onTriggered: root.screen.summarizeAction("all")
+        onChosen: root.screen.summarizeAction("all")
     }
 }

@@ -2,10 +2,17 @@ import QtQuick
 import QtQuick.Templates as T
 import OrvaneTalk.Interface
 
-// What can be done with the thing that was clicked.
+// What can be done with the thing that was clicked. Closed, it gives the focus back to where it was.
 T.Menu {
     id: root
 
+    property Item returnFocus: null
+
+    onAboutToShow: {
+        const isSubmenu = parent as ContextMenuItem !== null;
+        returnFocus = isSubmenu ? null : parent.Window.activeFocusItem;
+    }
+    onClosed: returnFocus?.forceActiveFocus()
     margins: Theme.gap8
     padding: Theme.gap4
     implicitWidth: 220

@@ -9,7 +9,10 @@ T.MenuItem {
     property bool dangerous: false
     /// At the end of the line; may be empty.
     property string symbol
+    /// Once the menu has closed and given the focus back, so that what happens now may take it.
+    signal chosen
 
+    onTriggered: Qt.callLater(chosen)
     implicitHeight: 36
     implicitWidth: 212
     font: Theme.bodyFont

@@ -203,6 +203,8 @@ void TestChatListScreen::theMenuIsTheRowsOwn() {
     QTRY_VERIFY(window.view.showsAnywhere("text", "Unpin"));
     QTest::keyClick(&window.view, Qt::Key_Escape);
     QTRY_VERIFY(!window.view.showsAnywhere("text", "Unpin"));
+    // The keyboard goes on where it was.
+    QTRY_VERIFY(window.rowOf("5")->hasActiveFocus());
     menuOf("1");
     QTRY_VERIFY(window.view.showsAnywhere("text", "Pin"));
     QTRY_VERIFY(window.view.isSettled());

@@ -143,6 +143,16 @@ void TestChatScreen::theMenuOpensByKeyboard() {
     QTRY_VERIFY(window.view.showsAnywhere("text", "Reply"));
     QTest::keyClick(&window.view, Qt::Key_Escape);
     QTRY_VERIFY(!window.view.showsAnywhere("text", "Reply"));
+    QTRY_VERIFY(window.messages()->hasActiveFocus());
+    // What an entry opens gives the focus back just as well.
+    QTest::keyClick(&window.view, Qt::Key_F10, Qt::ShiftModifier);
+    QTRY_VERIFY(window.view.showsAnywhere("text", "Forward"));
+    window.view.click("Forward");
+    QTRY_VERIFY(window.screen->showForwardPicker);
+    QTRY_VERIFY(!window.messages()->hasActiveFocus());
+    QTest::keyClick(&window.view, Qt::Key_Escape);
+    QTRY_VERIFY(!window.screen->showForwardPicker);
+    QTRY_VERIFY(window.messages()->hasActiveFocus());
 }
 
 void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme_data() {
