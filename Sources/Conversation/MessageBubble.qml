@@ -24,6 +24,9 @@ Rectangle {
     readonly property string translation: screen.translatedText[record.id] ?? ""
     readonly property messengerMessage replied: screen.messageWithId(record.replyToID ?? "")
 
+    /// Where the pointer would lead.
+    readonly property string link: (links.item as MessageLinks)?.target ?? ""
+
     readonly property color ink: own ? Theme.onOwnBubble : Theme.text
     readonly property color dimmedInk: own ? Theme.dimmedOnOwnBubble : Theme.dimmed
     readonly property int roomForText: maximumWidth - 2 * Theme.gap12
@@ -118,6 +121,33 @@ Rectangle {
         selectionColor: root.own ? Theme.background : Theme.accent
         selectedTextColor: root.own ? Theme.text : Theme.onAccent
         Accessible.ignored: true
+
+        HoverHandler {
+            id: over
+            cursorShape: root.link ? Qt.PointingHandCursor : Qt.IBeamCursor
+        }
+        TapHandler {
+            onTapped: if (root.link && content.selectedText === "") root.screen.openLink(root.link)
+        }
+    }
+    Loader {
+        id: links
+        active: /https?:/i.test(content.text)
+        sourceComponent: MessageLinks {
+            textDocument: content.textDocument
+            color: root.own ? Theme.onOwnBubble : Theme.accent
+            underlined: root.own
+            pointer: over.hovered ? over.point.position : Qt.point(-1, -1)
+        }
+    }
+    Loader {
+        active: root.link
+        x: content.x
+        y: content.y + over.point.position.y - height - Theme.gap12
+        z: 1
+        sourceComponent: HoverTip {
+            text: root.link
+        }
     }
     Loader {
         id: more

@@ -16,6 +16,18 @@ ContextMenu {
         return screen.isPinned(record.id);
     }
 
+    Instantiator {
+        model: root.screen.linksIn(root.record)
+        delegate: ContextMenuItem {
+            required property string modelData
+
+            text: "Open " + modelData
+            symbol: "link"
+            onChosen: root.screen.openLink(modelData)
+        }
+        onObjectAdded: (index, object) => root.insertItem(index, object)
+        onObjectRemoved: (index, object) => root.removeItem(object)
+    }
     ContextMenuItem {
         text: "Copy"
         symbol: "doc.on.doc"

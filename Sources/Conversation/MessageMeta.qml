@@ -35,20 +35,12 @@ Row {
 
         HoverHandler { id: hover }
 
-        Rectangle {
-            visible: hover.hovered
+        Loader {
+            active: hover.hovered
             anchors { bottom: parent.top; bottomMargin: Theme.gap4; right: parent.right }
-            width: tip.implicitWidth + 2 * Theme.gap8
-            height: tip.implicitHeight + Theme.gap8
-            radius: Theme.controlRadius
-            color: Theme.pressed
             z: 1
-
-            PlainText {
-                id: tip
-                anchors.centerIn: parent
-                text: hover.hovered ? DisplayTimes.full(root.record.timestamp) : ""
-                font: Theme.captionFont
+            sourceComponent: HoverTip {
+                text: DisplayTimes.full(root.record.timestamp)
             }
         }
     }

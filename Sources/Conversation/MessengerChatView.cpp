@@ -15,6 +15,8 @@ namespace {
 
 // Nobody listens to more of one message in a list.
 constexpr int spokenLength = 2000;
+constexpr int mostLinks = 3;
+constexpr int searchedLength = 100'000;
 
 } // namespace
 
@@ -223,6 +225,14 @@ MessengerMessage MessengerChatView::messageWithId(const QString &messageID) cons
 
 MessagePlacement MessengerChatView::placement(int row) const {
     return MessagePlacement::of(messages.records(), row);
+}
+
+QStringList MessengerChatView::linksIn(const MessengerMessage &message) {
+    QStringList addresses;
+    for (const Link &link : Link::in(plainText(message.content).left(searchedLength)))
+        addresses.append(link.address());
+    addresses.removeDuplicates();
+    return addresses.mid(0, mostLinks);
 }
 
 QString MessengerChatView::spokenMessage(const MessengerMessage &message) {

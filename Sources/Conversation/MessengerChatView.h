@@ -6,6 +6,7 @@
 #include "Conversation/ChatEvents.h"
 #include "Conversation/ChatParts.h"
 #include "Conversation/HistoryLoader.h"
+#include "Conversation/Links.h"
 #include "Conversation/MessageActions.h"
 #include "Conversation/MessageCipher.h"
 #include "Conversation/MessageForwarding.h"
@@ -149,6 +150,10 @@ public:
     /// The id that another chat has its colour from.
     Q_INVOKABLE QString hueIdOf(const orvane::MessengerChat &other) const;
     /// A content as a person reads it.
+    /// The first addresses that a message leads to, each once; no more than a menu should begin with.
+    Q_INVOKABLE QStringList linksIn(const orvane::MessengerMessage &message);
+    /// In the person's browser; http and https only.
+    Q_INVOKABLE void openLink(const QString &address) const { Link::open(address); }
     Q_INVOKABLE QString plainText(const QString &content) { return m_cipher.plainText(content); }
     /// The first message with this id; one with an empty id where there is none.
     Q_INVOKABLE orvane::MessengerMessage messageWithId(const QString &messageID) const;

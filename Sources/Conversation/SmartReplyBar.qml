@@ -31,7 +31,7 @@ Flickable {
 
                 text: modelData
                 implicitHeight: 32
-                implicitWidth: Math.min(label.implicitWidth + 2 * Theme.gap12, 280)
+                implicitWidth: Math.min(label.implicitWidth, 280)
                 onClicked: root.screen.inputText = modelData
                 background: Rectangle {
                     radius: height / 2

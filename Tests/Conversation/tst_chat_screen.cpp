@@ -2,6 +2,7 @@
 #include "Support/OpenChatParts.h"
 #include "Support/ScreenWindow.h"
 
+#include <QDesktopServices>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -55,6 +56,9 @@ QJsonObject message(const QString &text) {
 class TestChatScreen : public QObject {
     Q_OBJECT
 
+public Q_SLOTS:
+    void opened(const QUrl &url) { m_opened.append(url.toString()); }
+
 private Q_SLOTS:
     void enterSendsAndShiftEnterBreaksTheLine();
     void theInputGrowsToEightLinesAndShrinksAgain();
@@ -62,8 +66,12 @@ private Q_SLOTS:
     void markupIsShownAsItStands_data();
     void markupIsShownAsItStands();
     void theMenuOpensByKeyboard();
+    void aLinkShowsWhereItLeadsAndOpensThere();
     void everyKindOfMessageIsDrawnInEveryTheme_data();
     void everyKindOfMessageIsDrawnInEveryTheme();
+
+private:
+    QStringList m_opened;
 };
 
 void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
@@ -155,6 +163,39 @@ void TestChatScreen::theMenuOpensByKeyboard() {
     QTRY_VERIFY(window.messages()->hasActiveFocus());
 }
 
+void TestChatScreen::aLinkShowsWhereItLeadsAndOpensThere() {
+    QDesktopServices::setUrlHandler("https", this, "opened");
+    const QString text("https://a.example/long/way and words\n<b>https://b.example</b>");
+    Window window({message(text)});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.view.item("text", text));
+    QQuickItem *content = findItem(window.view.item("text", text), "readOnly", true);
+    QVERIFY(content);
+    const auto at = [&](double x) {
+        const QPointF place(x, content->property("font").value<QFont>().pixelSize() / 2.0);
+        return content->mapToScene(place).toPoint();
+    };
+    // Beside the link there is nothing to see or to press.
+    QTest::mouseMove(&window.view, at(content->width() - 3));
+    QTest::mouseClick(&window.view, Qt::LeftButton, {}, at(content->width() - 3));
+    QVERIFY(!window.view.item("text", "https://a.example/long/way"));
+    QTest::mouseMove(&window.view, at(40));
+    QTRY_VERIFY(window.view.item("text", "https://a.example/long/way"));
+    window.view.takePicture("link");
+    QTest::mouseClick(&window.view, Qt::LeftButton, {}, at(40));
+    QTRY_COMPARE(m_opened, QStringList{"https://a.example/long/way"});
+    window.messages()->forceActiveFocus();
+    QTest::keyClick(&window.view, Qt::Key_F10, Qt::ShiftModifier);
+    QTRY_VERIFY(window.view.showsAnywhere("text", "Open https://b.example"));
+    QTRY_VERIFY(window.view.isSettled());
+    window.view.takePicture("menu");
+    QTest::keyClick(&window.view, Qt::Key_Down);
+    QTest::keyClick(&window.view, Qt::Key_Down);
+    QTest::keyClick(&window.view, Qt::Key_Return);
+    QTRY_COMPARE(m_opened.value(1), "https://b.example");
+    QDesktopServices::unsetUrlHandler("https");
+}
+
 void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme_data() {
     QTest::addColumn<int>("theme");
     QTest::addColumn<QSize>("size");
@@ -168,9 +209,9 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
     QFETCH(int, theme);
     QFETCH(QSize, size);
     QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
-    Window window(
-        {message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen?")),
-         message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
+    Window window({message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen? "
+                                          "https://fahrt.example/plan?tag=1")),
+                   message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
     window.view.use(OrvaneTheme(theme));
     window.view.resize(size);
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
@@ -196,10 +237,11 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
         record.isStarred = true;
         record.reactions = {{QStringLiteral("🔥"), {"7", "9"}}, {QStringLiteral("👏"), {"9"}}};
     });
-    add(MessageType::text, QStringLiteral("failed"), DeliveryStatus::failed, [](MessengerMessage &record) {
-        record.forwardedFrom =
-            ForwardInfo{QStringLiteral("d"), QStringLiteral("9"), QStringLiteral("Ben"), {}};
-    });
+    add(MessageType::text, QStringLiteral("failed: https://a.example/x"), DeliveryStatus::failed,
+        [](MessengerMessage &record) {
+            record.forwardedFrom =
+                ForwardInfo{QStringLiteral("d"), QStringLiteral("9"), QStringLiteral("Ben"), {}};
+        });
     add(MessageType::sticker, QStringLiteral("😍"), DeliveryStatus::sent, asItIs);
     add(MessageType::poll, QStringLiteral("Tea?"), DeliveryStatus::sent, [](MessengerMessage &record) {
         record.poll = MessengerPoll{QStringLiteral("p"),
