@@ -1,8 +1,9 @@
 #pragma once
 
 #include "Interface/SymbolImages.h"
+#include "Support/TestMain.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickGraphicsDevice>
@@ -14,6 +15,22 @@
 #include <memory>
 
 namespace orvane::benchmarks {
+
+/// The application of a benchmark with screens: no display, no graphics card, folders of its own.
+class OffscreenApplication {
+public:
+    OffscreenApplication(int &argc, char **argv)
+        : m_application((prepare(), argc), argv) {}
+
+private:
+    static void prepare() {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    }
+
+    OwnFolders m_folders;
+    QGuiApplication m_application;
+};
 
 /// A screen of one QML file, drawn into an image by the processor alone, a frame whenever one is asked for.
 class OffscreenScene {

@@ -2,9 +2,6 @@
 #include "ManyChats.h"
 #include "OffscreenScene.h"
 #include "Ratio.h"
-#include "Support/TestMain.h"
-
-#include <QGuiApplication>
 
 // What the messages of an open chat cost, in time and in memory.
 using namespace orvane;
@@ -127,10 +124,7 @@ void measureMemory(const QByteArray &history) {
 } // namespace
 
 int main(int argc, char **argv) {
-    const OwnFolders folders;
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    const QGuiApplication application(argc, argv);
+    const benchmarks::OffscreenApplication application(argc, argv);
     const QByteArray history = historyAnswer();
     measureRows(history);
     measureAppending(history);

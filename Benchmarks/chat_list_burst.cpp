@@ -1,9 +1,7 @@
-#include "Interface/SymbolImages.h"
 #include "ManyChats.h"
-#include "Support/TestMain.h"
+#include "OffscreenScene.h"
 
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickView>
 #include <QThread>
@@ -104,10 +102,7 @@ Painting watch(QQuickView &view, Done done) {
 } // namespace
 
 int main(int argc, char **argv) {
-    const OwnFolders folders;
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    const QGuiApplication application(argc, argv);
+    const benchmarks::OffscreenApplication application(argc, argv);
     benchmarks::ManyChats desk(chats);
     QQuickView view;
     view.engine()->addImportPath(u"qrc:/"_s);

@@ -1,9 +1,6 @@
 #include "ManyChats.h"
 #include "OffscreenScene.h"
 #include "Ratio.h"
-#include "Support/TestMain.h"
-
-#include <QGuiApplication>
 
 // A frame of the scrolled main screen against one of a plain list.
 using namespace orvane;
@@ -29,10 +26,7 @@ int scroll(benchmarks::OffscreenScene &scene, QQuickItem *list, double step) {
 } // namespace
 
 int main(int argc, char **argv) {
-    const OwnFolders folders;
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    const QGuiApplication application(argc, argv);
+    const benchmarks::OffscreenApplication application(argc, argv);
     benchmarks::ManyChats desk(chats);
     benchmarks::OffscreenScene screen(QUrl(u"qrc:/OrvaneTalk/ChatList/ChatSidebar.qml"_s),
                                       {{u"screen"_s, QVariant::fromValue(&desk.list())}}, sidebar);
