@@ -12,6 +12,7 @@
 #include <QJSEngine>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace orvane {
@@ -315,7 +316,8 @@ void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
         return;
     MessengerChat chat = *known;
     chat.lastMessage = lastMessageOf(*raw, chat.id, *senderID, *content);
-    if (selectedChatID.value() != *chatID)
+    // The server may have said any number before.
+    if (selectedChatID.value() != *chatID && chat.unreadCount < std::numeric_limits<qint64>::max())
         chat.unreadCount += 1;
     chats.replace(chat);
     updateDockBadge();

@@ -10,6 +10,12 @@ qint64 dateOf(const MessengerChat &chat) {
     return (chat.lastMessage ? chat.lastMessage->timestamp : chat.updatedAt).toMSecsSinceEpoch();
 }
 
+/// So that no list of chats has a sum that doesn't fit, whatever its server says.
+qint64 countOf(const MessengerChat &chat) {
+    constexpr qint64 most = 1'000'000'000'000;
+    return std::clamp(chat.unreadCount, -most, most);
+}
+
 } // namespace
 
 bool SortedChats::standsBefore(const Entry *a, const Entry *b) {
@@ -55,7 +61,7 @@ void SortedChats::replace(const MessengerChat &chat) {
         return;
     Entry &entry = *found->second;
     const int row = entry.shown ? rowOf(entry) : -1;
-    m_unreadSum += chat.unreadCount - entry.chat.unreadCount;
+    m_unreadSum += countOf(chat) - countOf(entry.chat);
     entry.chat = chat;
     entry.date = dateOf(chat);
     if (!entry.shown && passes(entry))
@@ -73,7 +79,7 @@ void SortedChats::remove(const QString &id) {
     Entry &entry = *found->second;
     if (entry.shown)
         hide(entry, rowOf(entry));
-    m_unreadSum -= entry.chat.unreadCount;
+    m_unreadSum -= countOf(entry.chat);
     m_entries.erase(found);
 }
 
@@ -142,7 +148,7 @@ SortedChats::Entry &SortedChats::add(const MessengerChat &chat, qint64 place) {
     entry->chat = chat;
     entry->date = dateOf(chat);
     entry->place = place;
-    m_unreadSum += chat.unreadCount;
+    m_unreadSum += countOf(chat);
     return *(m_entries[chat.id] = std::move(entry));
 }
 

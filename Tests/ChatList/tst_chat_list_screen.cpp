@@ -137,10 +137,13 @@ void TestChatListScreen::everyScreenIsDrawnInEveryTheme() {
     QVERIFY(QTest::qWaitForWindowExposed(&view));
     QTRY_VERIFY(!list.isLoading);
     const auto drawn = [&view](const QString &name) {
-        if (!QTest::qWaitFor([&] { return view.isSettled(); }))
+        const auto misplaced = [&view] {
+            return misplacedTexts(view.contentItem(), QRectF(QPointF(), view.size()));
+        };
+        if (!QTest::qWaitFor([&] { return view.isSettled() && misplaced().isEmpty(); }) && !view.isSettled())
             return QStringList("still moving");
         view.takePicture(name);
-        return misplacedTexts(view.contentItem(), QRectF(QPointF(), view.size()));
+        return misplaced();
     };
     QTRY_VERIFY(view.item("title", "Starred Messages") && window.rowOf("4"));
     list.togglePinned(QStringLiteral("4"));

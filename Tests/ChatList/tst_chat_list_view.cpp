@@ -268,6 +268,9 @@ void TestChatListView::rowsReadNamePreviewAndCount() {
     QVERIFY(preview.startsWith(QStringLiteral("two lines xxx")));
     QVERIFY(preview.size() < 300);
     QCOMPARE(screen.shown("old", ChatRows::UnreadCountRole), 100);
+    screen.message("old");
+    QCOMPARE(screen.shown("old", ChatRows::UnreadCountRole), 100);
+    QCOMPARE(screen.list->badge(), QStringLiteral("99+"));
 }
 
 void TestChatListView::loadingAgainKeepsOneSubscription() {
