@@ -1,5 +1,6 @@
 #include "Application/OrvaneTalkApp.h"
 #include "Interface/SymbolImages.h"
+#include "Platform/SingleInstance.h"
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
@@ -37,6 +38,9 @@ int main(int argc, char *argv[]) {
     QGuiApplication::setApplicationName(QStringLiteral("OrvaneTalk"));
     keepMemorySmall();
     const QGuiApplication application(argc, argv);
+    orvane::SingleInstance instance;
+    if (!instance.claim())
+        return 0;
 
     orvane::OrvaneTalkApp app;
     QQmlApplicationEngine engine;
@@ -54,6 +58,8 @@ int main(int argc, char *argv[]) {
         QObject::connect(window, &QQuickWindow::frameSwapped, &app, &orvane::OrvaneTalkApp::finishLaunching,
                          Qt::SingleShotConnection);
         QObject::connect(&app, &orvane::OrvaneTalkApp::windowWanted, window, [window] { bringUp(*window); });
+        QObject::connect(&instance, &orvane::SingleInstance::windowWanted, window,
+                         [window] { bringUp(*window); });
     }
     return QGuiApplication::exec();
 }

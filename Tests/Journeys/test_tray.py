@@ -93,6 +93,10 @@ class TrayJourney(Journey):
         anna.close_window()
         tray.choose("Open OrvaneTalk")
         anna.screen.find(ROWS, "Lobby, .*, 1 unread")
+        # Started once more, the client is still one.
+        anna.close_window()
+        anna.start_again()
+        anna.screen.find(ROWS, "Lobby, .*, 1 unread")
         tray.choose("Quit")
         anna.wait_for_end()
 

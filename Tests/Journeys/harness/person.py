@@ -88,6 +88,11 @@ class Person:
         gone = lambda: not self._x("search", "--onlyvisible", "--name", "^OrvaneTalk$", fails=True)
         processes.eventually("the window is closed", gone)
 
+    def start_again(self) -> None:
+        """Starts a second client, which must leave it at the first one's window."""
+        again = subprocess.run([*self.started_by, str(self._program)], env=self.environment, timeout=20 * processes.SLOWNESS)
+        assert again.returncode == 0, f"{self.name}'s second client ended with {again.returncode}"
+
     def wait_for_end(self) -> None:
         assert self._client
         try:
