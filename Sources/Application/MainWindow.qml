@@ -21,6 +21,11 @@ Window {
             app.chatList.selectedChatID = "";
     }
 
+    Binding {
+        target: Theme
+        property: "reducedMotion"
+        value: root.app.reducedMotion
+    }
     Loader {
         anchors.fill: parent
         active: root.app.auth !== null

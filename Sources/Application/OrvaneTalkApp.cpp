@@ -54,6 +54,8 @@ void OrvaneTalkApp::finishLaunching() {
     if (m_session.isLoggedIn)
         sendWhatWaits();
     showInDesktop();
+    m_motion = std::make_unique<ReducedMotion>();
+    connect(m_motion.get(), &ReducedMotion::changed, this, [this] { reducedMotion = m_motion->isWanted(); });
 }
 
 void OrvaneTalkApp::sendWhatWaits() {

@@ -2,9 +2,11 @@
 
 #include "Application/AppDelegate.h"
 #include "Application/AuthView.h"
+#include "Base/Observable.h"
 #include "ChatList/MessengerChatListView.h"
 #include "Encryption/EndToEnd.h"
 #include "Platform/LauncherBadge.h"
+#include "Platform/ReducedMotion.h"
 #include "Platform/TrayIcon.h"
 
 #include <QTimer>
@@ -25,6 +27,9 @@ class OrvaneTalkApp : public QObject {
     Q_PROPERTY(orvane::MessengerChatListView *chatList READ chatList NOTIFY rootChanged)
     /// Logical pixels; remembered over restarts.
     Q_PROPERTY(int listWidth READ listWidth WRITE setListWidth NOTIFY listWidthChanged)
+
+    /// As the desktop says, once it was asked.
+    OBSERVABLE(bool, reducedMotion)
 
 public:
     explicit OrvaneTalkApp(MessengerSession &session = MessengerSession::shared());
@@ -58,6 +63,7 @@ private:
     EndToEnd m_engines;
     std::unique_ptr<RemoteNotifications> m_push;
     std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<ReducedMotion> m_motion;
     std::unique_ptr<LauncherBadge> m_launcher;
     std::unique_ptr<TrayIcon> m_tray;
     /// Messages may come faster than the desktop can draw their number.

@@ -25,7 +25,7 @@ Row {
             color: root.color
 
             SequentialAnimation on opacity {
-                running: root.running
+                running: root.running && !Theme.reducedMotion
                 loops: Animation.Infinite
                 PauseAnimation { duration: dot.index * Theme.panelDuration }
                 NumberAnimation { from: 1; to: 0.25; duration: Theme.panelDuration }

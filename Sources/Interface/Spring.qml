@@ -1,4 +1,5 @@
 import QtQuick
+import OrvaneTalk.Interface
 
 // A value that a spring pulls from 0 to 1. `response` is the period of the undamped spring in seconds,
 // `dampingFraction` lies below 1.
@@ -23,5 +24,5 @@ NumberAnimation {
 
     from: 0
     to: 1
-    duration: settled * 1000
+    duration: Theme.reducedMotion ? 0 : settled * 1000
 }

@@ -59,8 +59,10 @@ class Theme : public QObject {
     Q_PROPERTY(int controlRadius MEMBER controlRadius CONSTANT)
     Q_PROPERTY(int tailRadius MEMBER tailRadius CONSTANT)
     Q_PROPERTY(int rowHeight MEMBER rowHeight CONSTANT)
-    Q_PROPERTY(int hoverDuration MEMBER hoverDuration CONSTANT)
-    Q_PROPERTY(int panelDuration MEMBER panelDuration CONSTANT)
+    /// Set while the person wants nothing to move; then all durations are 0.
+    Q_PROPERTY(bool reducedMotion MEMBER reducedMotion NOTIFY motionChanged)
+    Q_PROPERTY(int hoverDuration READ hoverDuration NOTIFY motionChanged)
+    Q_PROPERTY(int panelDuration READ panelDuration NOTIFY motionChanged)
 
 public:
     explicit Theme(QObject *parent = nullptr);
@@ -102,10 +104,14 @@ public:
     int gap4 = 4, gap8 = 8, gap12 = 12, gap16 = 16, gap24 = 24, gap32 = 32;
     int bubbleRadius = 16, cardRadius = 12, controlRadius = 8, tailRadius = 4;
     int rowHeight = 64;
-    int hoverDuration = 120, panelDuration = 180;
+
+    bool reducedMotion = false;
+    int hoverDuration() const { return reducedMotion ? 0 : 120; }
+    int panelDuration() const { return reducedMotion ? 0 : 180; }
 
 Q_SIGNALS:
     void changed();
+    void motionChanged();
 };
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "Interface/Theme.h"
 
 #include <QSet>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <cmath>
@@ -17,6 +18,7 @@ private Q_SLOTS:
     void contrastIsThatOfTheStandard();
     void theInitialIsWhatPeopleSeeAsOneCharacter_data();
     void theInitialIsWhatPeopleSeeAsOneCharacter();
+    void nothingTakesTimeWhereNothingShouldMove();
     void initialsCanBeReadOnEveryHueAndAPersonKeepsTheirs();
 };
 
@@ -113,6 +115,15 @@ void TestTheme::theInitialIsWhatPeopleSeeAsOneCharacter() {
     QFETCH(QString, name);
     QFETCH(QString, initial);
     QCOMPARE(Theme().initialOf(name), initial);
+}
+
+void TestTheme::nothingTakesTimeWhereNothingShouldMove() {
+    Theme tokens;
+    QSignalSpy told(&tokens, &Theme::motionChanged);
+    QVERIFY(tokens.property("panelDuration").toInt() > tokens.property("hoverDuration").toInt());
+    QVERIFY(tokens.setProperty("reducedMotion", true));
+    QCOMPARE(tokens.property("panelDuration").toInt() + tokens.property("hoverDuration").toInt(), 0);
+    QCOMPARE(told.size(), 1);
 }
 
 QTEST_MAIN(TestTheme)

@@ -25,10 +25,12 @@ struct ScreenWindow : QQuickView {
         requestActivate();
     }
 
+    Theme *tokens() {
+        return engine()->singletonInstance<Theme *>(qmlTypeId("OrvaneTalk.Interface", 1, 0, "Theme"));
+    }
     void use(OrvaneTheme theme) {
-        auto *tokens = engine()->singletonInstance<Theme *>(qmlTypeId("OrvaneTalk.Interface", 1, 0, "Theme"));
-        tokens->use(theme);
-        setColor(tokens->background);
+        tokens()->use(theme);
+        setColor(tokens()->background);
     }
 
     /// In the screen.
