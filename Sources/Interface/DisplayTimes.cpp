@@ -1,15 +1,42 @@
 #include "Interface/DisplayTimes.h"
 
+#include <QElapsedTimer>
 #include <QLocale>
 
 namespace orvane {
+
+namespace {
+
+/// Every row that comes into view asks for it, and the system looks at the file of its time zone each time.
+QDate today() {
+    static QDate date;
+    static QElapsedTimer sinceAsked;
+    if (!sinceAsked.isValid() || sinceAsked.hasExpired(1000)) {
+        date = QDate::currentDate();
+        sinceAsked.start();
+    }
+    return date;
+}
+
+QString briefOn(QDate thisDay, const QDateTime &time) {
+    const QDateTime local = time.toLocalTime();
+    const QDate date = local.date();
+    const qint64 daysAgo = date.daysTo(thisDay);
+    if (daysAgo == 0)
+        return DisplayTimes::clock(local);
+    if (daysAgo > 0 && daysAgo < 7)
+        return QLocale().standaloneDayName(date.dayOfWeek(), QLocale::ShortFormat);
+    return QLocale().toString(date, QLocale::ShortFormat);
+}
+
+} // namespace
 
 QString DisplayTimes::clock(const QDateTime &time) {
     return time.toLocalTime().toString(QStringLiteral("HH:mm"));
 }
 
 QString DisplayTimes::brief(const QDateTime &time) {
-    return brief(time, QDateTime::currentDateTime());
+    return briefOn(today(), time);
 }
 
 QString DisplayTimes::day(const QDateTime &time) {
@@ -21,13 +48,7 @@ QString DisplayTimes::full(const QDateTime &time) {
 }
 
 QString DisplayTimes::brief(const QDateTime &time, const QDateTime &now) {
-    const QDate date = time.toLocalTime().date();
-    const qint64 daysAgo = date.daysTo(now.toLocalTime().date());
-    if (daysAgo == 0)
-        return clock(time);
-    if (daysAgo > 0 && daysAgo < 7)
-        return QLocale().standaloneDayName(date.dayOfWeek(), QLocale::ShortFormat);
-    return QLocale().toString(date, QLocale::ShortFormat);
+    return briefOn(now.toLocalTime().date(), time);
 }
 
 QString DisplayTimes::day(const QDateTime &time, const QDateTime &now) {

@@ -7,7 +7,7 @@
 namespace orvane {
 
 /// Points in time in the words of the screens, in the desktop's time zone and language. QML sees it as the
-/// singleton `DisplayTimes`.
+/// singleton `DisplayTimes`. Main thread.
 class DisplayTimes : public QObject {
     Q_OBJECT
     QML_ELEMENT
