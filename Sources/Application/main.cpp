@@ -43,6 +43,8 @@ int main(int argc, char *argv[]) {
         return 0;
 
     orvane::OrvaneTalkApp app;
+    QObject::connect(&instance, &orvane::SingleInstance::windowWanted, &app,
+                     &orvane::OrvaneTalkApp::windowWanted);
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/"));
     engine.addImageProvider(QStringLiteral("symbol"), new orvane::SymbolImages);
@@ -58,8 +60,6 @@ int main(int argc, char *argv[]) {
         QObject::connect(window, &QQuickWindow::frameSwapped, &app, &orvane::OrvaneTalkApp::finishLaunching,
                          Qt::SingleShotConnection);
         QObject::connect(&app, &orvane::OrvaneTalkApp::windowWanted, window, [window] { bringUp(*window); });
-        QObject::connect(&instance, &orvane::SingleInstance::windowWanted, window,
-                         [window] { bringUp(*window); });
     }
     return QGuiApplication::exec();
 }

@@ -9,13 +9,16 @@ namespace {
 
 /// Without what a sentence puts after an address. A closing bracket stays where its opening one is inside.
 QStringView withoutSentence(QStringView address) {
+    // Counted once: an address may be nothing but brackets.
+    qsizetype openRound = address.count(u'(') - address.count(u')');
+    qsizetype openSquare = address.count(u'[') - address.count(u']');
     while (!address.isEmpty()) {
         const QChar last = address.back();
-        const bool opened = (last == u')' && address.count(u'(') >= address.count(u')')) ||
-                            (last == u']' && address.count(u'[') >= address.count(u']'));
-        const bool ends = QStringView(u".,:;!?)]}'\"»”’…*_~").contains(last);
-        if (!ends || opened)
+        if (!QStringView(u".,:;!?)]}'\"»”’…*_~").contains(last) || (last == u')' && openRound >= 0) ||
+            (last == u']' && openSquare >= 0))
             break;
+        openRound += last == u')';
+        openSquare += last == u']';
         address.chop(1);
     }
     return address;

@@ -4,6 +4,7 @@
 #include <QTextBlock>
 #include <QTextCharFormat>
 #include <QTextDocument>
+#include <QTextLayout>
 
 namespace orvane {
 
@@ -36,12 +37,14 @@ void MessageLinks::setPointer(QPointF pointer) {
     const int position = text ? text->documentLayout()->hitTest(pointer, Qt::ExactHit) : -1;
     if (position >= 0) {
         const QTextBlock block = text->findBlock(position);
-        const qsizetype place = position - block.position();
-        for (const Link &link : Link::in(block.text())) {
-            if (place >= link.start && place < link.start + link.length) {
+        const int place = position - block.position();
+        // Only links have formats here, and the pointer moves too often to look for them again.
+        for (const QTextLayout::FormatRange &range : block.layout()->formats()) {
+            if (place < range.start || place >= range.start + range.length)
+                continue;
+            start = block.position() + range.start;
+            for (const Link &link : Link::in(block.text().mid(range.start, range.length)))
                 target = link.address();
-                start = block.position() + int(link.start);
-            }
         }
     }
     if (start == m_targetStart && target == m_target)

@@ -28,9 +28,7 @@ Rectangle {
         anchors.centerIn: parent
         visible: !root.symbol
         text: Theme.initialOf(root.name)
-        font.family: Theme.strongBodyFont.family
-        font.weight: Font.DemiBold
-        font.pixelSize: Math.round(root.size * 0.42)
+        font: Theme.initialFont(root.size)
         color: "white"
     }
     Symbol {

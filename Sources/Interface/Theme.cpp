@@ -136,6 +136,12 @@ QString Theme::initialOf(const QString &name) const {
     return end > 0 ? start.left(end).toUpper() : QStringLiteral("?");
 }
 
+QFont Theme::initialFont(int avatarSize) const {
+    QFont font = strongBodyFont;
+    font.setPixelSize(std::max(1, int(std::lround(avatarSize * 0.42))));
+    return font;
+}
+
 int Theme::columnSide(double width) const {
     constexpr double widest = 760;
     return int(std::lround(std::max(double(gap16), (width - widest) / 2)));

@@ -78,6 +78,9 @@ public:
     /// What an avatar without a symbol says: the first character of the name as a capital, "?" without one.
     Q_INVOKABLE QString initialOf(const QString &name) const;
 
+    /// Of the initial in an avatar of this size.
+    Q_INVOKABLE QFont initialFont(int avatarSize) const;
+
     /// Left free on either side of the conversation's column, which is centred in a pane of this width.
     Q_INVOKABLE int columnSide(double width) const;
 

@@ -95,6 +95,8 @@ void TestLinks::manyLinksInAHugeText() {
     QCOMPARE(Link::in(QStringLiteral("https://a.example/b ").repeated(20'000)).size(), 20'000);
     // One address as long as a message may be, and one that never gets to its host.
     QCOMPARE(Link::in(QStringLiteral("https://a.example/") + QString(1'000'000, u'(')).size(), 1);
+    QCOMPARE(Link::in(QStringLiteral("https://a.example/(b)") + QString(1'000'000, u')')).first().address(),
+             QStringLiteral("https://a.example/(b)"));
     QVERIFY(Link::in(QStringLiteral("http:/").repeated(200'000)).isEmpty());
 }
 

@@ -81,12 +81,7 @@ class Conversation(Journey):
         for person in (anna, boris):
             self.register(person)
             person.close_client()
-        one, other = self.sign_in("anna"), self.sign_in("boris")
-        self.call(
-            "/api/messenger/chats",
-            {"user_id": one["user"]["id"], "type": "direct", "title": None, "participants": [other["user"]["id"]]},
-            one["token"],
-        )
+        self.meet("anna", "boris")
         anna.open_client()
         self.open_chat(anna, "Boris")
         anna.type("A cup of tea?")

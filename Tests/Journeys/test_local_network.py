@@ -85,12 +85,7 @@ class LocalNetwork(Journey):
         for person in (anna, boris):
             self.register(person)
             person.close_client()
-        one, other = self.sign_in("anna"), self.sign_in("boris")
-        self.call(
-            "/api/messenger/chats",
-            {"user_id": one["user"]["id"], "type": "direct", "title": None, "participants": [other["user"]["id"]]},
-            one["token"],
-        )
+        self.meet("anna", "boris")
         for person, peer in ((boris, "Anna"), (anna, "Boris")):
             person.open_client()
             self.open_chat(person, peer)

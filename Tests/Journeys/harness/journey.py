@@ -51,6 +51,12 @@ class Journey(unittest.TestCase):
         """`token` and `user` of a device beside the client."""
         return self.call("/api/auth/login", {"username": name, "password": PASSWORD, "device_id": "another"})
 
+    def meet(self, one: str, other: str) -> None:
+        """A direct chat of two who have registered."""
+        first, second = self.sign_in(one), self.sign_in(other)
+        people = {"user_id": first["user"]["id"], "participants": [second["user"]["id"]]}
+        self.call("/api/messenger/chats", people | {"type": "direct", "title": None}, first["token"])
+
     def register(self, person: Person) -> None:
         """Through the window, up to the main screen."""
         screen = person.open_client()
