@@ -27,7 +27,7 @@ MessengerContactListView::MessengerContactListView(MessengerSession &session, Me
     : m_session(session)
     , m_api(api)
     , m_importer(importer)
-    , m_query(searchQuery.addNotifier([this] { searchQueryChanged(); })) {
+    , m_query(searchQuery.addNotifier([this] { lookForPeople(); })) {
     m_people.addSourceModel(&searchResults);
     m_people.addSourceModel(&contacts);
 }
@@ -38,7 +38,7 @@ void MessengerContactListView::loadData() {
     launch(loadRequests(shared_from_this()));
 }
 
-void MessengerContactListView::searchQueryChanged() {
+void MessengerContactListView::lookForPeople() {
     if (searchQuery.value().size() < shortestQuery) {
         searchResults.assign({});
         isSearching = false;

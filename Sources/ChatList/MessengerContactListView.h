@@ -82,7 +82,7 @@ private:
     static QCoro::Task<void> answer(Self self, QString userID, QString action);
     static QCoro::Task<void> import(Self self);
 
-    void searchQueryChanged();
+    void lookForPeople();
     void answerRequest(const QString &userID, const QString &action);
     QString user() const { return m_session.userIdText(); }
 

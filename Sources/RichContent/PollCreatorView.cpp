@@ -5,7 +5,8 @@
 namespace orvane {
 
 PollCreatorView::PollCreatorView(QObject *parent)
-    : QObject(parent) {
+    : QObject(parent)
+    , m_canCreateNotifier(m_canCreate.addNotifier([this] { Q_EMIT canCreateChanged(); })) {
     m_canCreate.setBinding([this] {
         const bool enough = filledOptions().size() >= fewestOptions;
         return enough && !question.value().trimmed().isEmpty();

@@ -22,7 +22,7 @@ class PollCreatorView : public QObject {
     OBSERVABLE(bool, isAnonymous)
     OBSERVABLE(bool, isMultipleChoice)
     /// There is a question and enough options, all without the white space at their ends.
-    Q_PROPERTY(bool canCreate READ canCreate BINDABLE bindableCanCreate)
+    Q_PROPERTY(bool canCreate READ canCreate NOTIFY canCreateChanged)
     Q_PROPERTY(int fewestOptions MEMBER fewestOptions CONSTANT)
     Q_PROPERTY(int mostOptions MEMBER mostOptions CONSTANT)
 
@@ -33,7 +33,6 @@ public:
     explicit PollCreatorView(QObject *parent = nullptr);
 
     bool canCreate() const { return m_canCreate; }
-    QBindable<bool> bindableCanCreate() { return &m_canCreate; }
 
     /// Nothing happens for a row that isn't there, in the three of them.
     Q_INVOKABLE void setOption(int index, const QString &text);
@@ -48,11 +47,13 @@ public:
 
 Q_SIGNALS:
     void created(const orvane::MessengerPoll &poll);
+    void canCreateChanged();
 
 private:
     QStringList filledOptions() const;
 
     QProperty<bool> m_canCreate;
+    QPropertyNotifier m_canCreateNotifier;
 };
 
 } // namespace orvane
