@@ -17,11 +17,12 @@ void keepMemorySmall() {
     // Few threads allocate here, and seldom at once: a heap for each core would only hold free memory.
     mallopt(M_ARENA_MAX, 2);
 #endif
-    // Images here are a few small symbols: the smallest texture atlas holds them all.
-    for (const char *side : {"QSG_ATLAS_WIDTH", "QSG_ATLAS_HEIGHT"}) {
-        if (!qEnvironmentVariableIsSet(side))
-            qputenv(side, "512");
-    }
+}
+
+void drawWithTheProcessor() {
+    // Whoever says otherwise is heard.
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
+        QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
 }
 
 void bringUp(QQuickWindow &window) {
@@ -37,6 +38,7 @@ int main(int argc, char *argv[]) {
     QGuiApplication::setDesktopFileName(QStringLiteral("com.orvanetalk.OrvaneTalk"));
     QGuiApplication::setApplicationName(QStringLiteral("OrvaneTalk"));
     keepMemorySmall();
+    drawWithTheProcessor();
     const QGuiApplication application(argc, argv);
     orvane::SingleInstance instance;
     if (!instance.claim())
