@@ -1,6 +1,5 @@
 import QtQuick
 import OrvaneTalk.ChatList
-import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
 import OrvaneTalk.LocalNetwork
 
@@ -19,7 +18,7 @@ FocusScope {
         anchors { left: parent.left; top: parent.top; bottom: parent.bottom }
         width: root.listWidth
         screen: root.screen
-        focus: !detail.active
+        focus: detail.status !== Loader.Ready
     }
     PaneDivider {
         id: divider
@@ -30,7 +29,7 @@ FocusScope {
         onMoved: newValue => root.listWidth = newValue
     }
     EmptyState {
-        visible: !detail.active
+        visible: detail.status !== Loader.Ready
         anchors.verticalCenter: parent.verticalCenter
         x: divider.x + divider.width + (parent.width - divider.x - divider.width - width) / 2
         width: 320
@@ -38,15 +37,23 @@ FocusScope {
         title: "OrvaneTalk"
         hint: "AI messenger. Pick a chat."
     }
+    // Each chat has a screen of its own: nothing that stands there is ever handed another model.
     Loader {
         id: detail
-        anchors { left: divider.right; right: parent.right; top: parent.top; bottom: parent.bottom }
-        active: root.screen.openChat !== null
-        focus: active
-        sourceComponent: ChatScreen {
-            focus: true
-            screen: root.screen.openChat
+
+        function show() {
+            source = "";
+            if (root.screen.openChat)
+                setSource("qrc:/OrvaneTalk/Conversation/ChatScreen.qml", { screen: root.screen.openChat, focus: true });
         }
+
+        anchors { left: divider.right; right: parent.right; top: parent.top; bottom: parent.bottom }
+        focus: status === Loader.Ready
+        Component.onCompleted: show()
+    }
+    Connections {
+        target: root.screen
+        function onOpenChatChanged() { detail.show(); }
     }
 
     SheetLoader {

@@ -36,6 +36,8 @@ Rectangle {
                 wrapMode: Text.Wrap
                 elide: Text.ElideNone
                 lineHeight: Theme.lineHeight
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
         }
         Row {

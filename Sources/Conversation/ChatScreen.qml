@@ -11,7 +11,7 @@ FocusScope {
     required property MessengerChatView screen
     readonly property int room: height - header.height - input.height
 
-    onScreenChanged: input.forceActiveFocus()
+    Component.onCompleted: input.forceActiveFocus()
 
     ChatHeader {
         id: header
@@ -38,8 +38,10 @@ FocusScope {
         }
     }
     MessageList {
+        id: messages
         anchors { left: parent.left; right: parent.right; top: top.bottom; bottom: bottom.top }
         screen: root.screen
+        onWritingWanted: input.forceActiveFocus()
     }
     StripStack {
         id: bottom
@@ -87,7 +89,12 @@ FocusScope {
         focus: true
         text: root.screen.inputText
         isInputFocused: root.screen.isInputFocused
-        onFocusTold: focused => root.screen.isInputFocused = focused
+        onFocusTold: focused => {
+            root.screen.isInputFocused = focused;
+            if (focused)
+                messages.currentIndex = -1;
+        }
+        onCopyWanted: messages.selection?.copy()
         onEdited: newText => root.screen.inputText = newText
         onSend: root.screen.sendMessage()
         onSticker: root.screen.showStickerPicker = !root.screen.showStickerPicker

@@ -14,14 +14,12 @@ Banner {
     heading: unanswered > 0 ? "AI Context · " + unanswered + " unanswered" : "AI Context"
     onClosed: screen.closeContext()
 
-    PlainText {
+    FoldingText {
         width: parent.width
         visible: text
         text: root.screen.chatContext ?? ""
         font: Theme.secondaryFont
         color: Theme.dimmed
-        wrapMode: Text.Wrap
-        maximumLineCount: 3
     }
     Repeater {
         model: root.screen.unansweredQuestions

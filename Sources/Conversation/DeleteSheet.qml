@@ -9,17 +9,20 @@ Sheet {
 
     title: "Delete Message?"
     width: parent ? Math.min(360, parent.width - 2 * Theme.gap32) : 360
-    onOpened: confirm.forceActiveFocus()
+    // What can't be undone isn't what Enter does.
+    onOpened: focusWayOut()
 
     PlainText {
         width: parent.width
         text: "This action cannot be undone."
         color: Theme.dimmed
         wrapMode: Text.Wrap
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
     buttons: PrimaryButton {
-        id: confirm
         text: "Delete"
+        dangerous: true
         onClicked: root.confirmed()
     }
 }

@@ -9,18 +9,24 @@ Sheet {
 
     title: "Edit Message"
     keepsText: true
-    width: parent ? Math.min(420, parent.width - 2 * Theme.gap32) : 420
-    onOpened: field.forceActiveFocus()
+    width: parent ? Math.min(520, parent.width - 2 * Theme.gap32) : 520
+    onOpened: writing.write()
 
-    FormField {
-        id: field
+    WritingField {
+        id: writing
         width: parent.width
-        focus: true
-        placeholderText: "Message"
+        height: implicitHeight
+        prompt: "Message"
+        // As tall as the window lets a sheet be, less its title and buttons.
+        mostHeight: root.parent ? root.parent.height - 260 : 480
         text: root.screen.editText
-        onTextChanged: root.screen.editText = text
+        onEdited: newText => root.screen.editText = newText
         onAccepted: root.screen.saveEdit()
-        Keys.onEscapePressed: root.close()
+        onEscaped: root.close()
+    }
+    FullNotice {
+        width: parent.width
+        field: writing
     }
     buttons: PrimaryButton {
         text: "Save"

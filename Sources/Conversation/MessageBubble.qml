@@ -1,38 +1,27 @@
 import QtQuick
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
-import OrvaneTalk.Model
 
 // A message's text with what belongs to it: who it is from, what it answers, its translation, its time.
 Rectangle {
     id: root
 
-    required property messengerMessage record
-    required property MessengerChatView screen
-    required property int maximumWidth
-    required property bool own
-    required property bool endsRun
-    required property bool focused
-    /// Above the text; empty for own messages and within a run.
-    required property string sender
+    required property MessageRow row
+    /// The rest of a long text is wanted.
+    signal moreRequested
+    /// Something is selected in the text, or no longer.
+    signal selected(TextEdit content)
 
-    /// Characters of a very long message that are laid out; the rest comes on demand, a piece at a time.
-    property int shownLength: pieceLength
-    readonly property int pieceLength: 8000
-    readonly property string text: screen.plainText(record.content)
-    readonly property bool isCut: text.length > shownLength
-    readonly property string translation: screen.translatedText[record.id] ?? ""
-    readonly property messengerMessage replied: screen.messageWithId(record.replyToID ?? "")
-
+    readonly property bool own: row.own
     /// Where the pointer would lead.
     readonly property string link: (links.item as MessageLinks)?.target ?? ""
 
     readonly property color ink: own ? Theme.onOwnBubble : Theme.text
     readonly property color dimmedInk: own ? Theme.dimmedOnOwnBubble : Theme.dimmed
-    readonly property int roomForText: maximumWidth - 2 * Theme.gap12
+    readonly property int roomForText: row.maximumWidth - 2 * Theme.gap12
     /// The time stands beside the end of the last line where there is room, else below it.
     readonly property bool timeFitsBeside:
-        !isCut && !translated.visible && content.lineCount <= 1
+        !row.isCut && !translated.visible && content.lineCount <= 1
         && content.implicitWidth + Theme.gap8 + meta.width <= roomForText
 
     function roomOf(item) {
@@ -48,7 +37,7 @@ Rectangle {
 
     // The corner that points at the sender.
     Rectangle {
-        visible: root.endsRun
+        visible: root.row.endsRun
         x: root.own ? parent.width - width : 0
         y: parent.height - height
         width: Theme.bubbleRadius
@@ -56,78 +45,123 @@ Rectangle {
         radius: Theme.tailRadius
         color: root.color
     }
-    Rectangle {
-        anchors { fill: parent; margins: -3 }
-        visible: root.focused
-        radius: root.radius + 3
-        color: "transparent"
-        border { width: 2; color: Theme.accent }
-    }
-    Column {
-        id: above
-        x: Theme.gap12
-        y: Theme.gap8
-        width: root.width - 2 * Theme.gap12
-        spacing: 2
-        bottomPadding: height > 0 ? 2 : 0
+    // However many marks are stacked on a character, they stay in the bubble.
+    Item {
+        anchors.fill: parent
+        clip: true
 
-        PlainText {
-            id: name
-            visible: text
-            width: parent.width
-            text: root.sender
-            font: Theme.strongSecondaryFont
-            color: Theme.accent
-            Accessible.ignored: true
-        }
-        PlainText {
-            id: forwarded
-            visible: root.record.forwardedFrom !== undefined
-            width: parent.width
-            text: visible ? "Forwarded from " + root.record.forwardedFrom.originalSenderName : ""
-            font: Theme.secondaryFont
-            color: root.dimmedInk
-            Accessible.ignored: true
-        }
-        Loader {
-            id: quote
-            active: root.replied.id !== ""
-            visible: active
-            width: parent.width
-            sourceComponent: MessageQuote {
-                sender: root.replied.senderID === root.screen.currentUserID ? "You"
-                      : root.screen.senderName(root.replied.senderID)
-                text: root.screen.plainText(root.replied.content).slice(0, 200).replace(/\s+/g, " ")
-                ink: root.dimmedInk
-                accent: root.own ? Theme.onOwnBubble : Theme.accent
+        Column {
+            id: above
+            x: Theme.gap12
+            y: Theme.gap8
+            width: root.width - 2 * Theme.gap12
+            spacing: 2
+            bottomPadding: height > 0 ? 2 : 0
+
+            PlainText {
+                id: name
+                visible: text
+                width: parent.width
+                text: root.row.startsRun ? root.row.sender : ""
+                font: Theme.strongSecondaryFont
+                color: Theme.accent
+                Accessible.ignored: true
+            }
+            PlainText {
+                id: forwarded
+                visible: root.row.forwardedFrom !== ""
+                width: parent.width
+                text: "Forwarded from " + root.row.forwardedFrom
+                font: Theme.secondaryFont
+                color: root.dimmedInk
+                Accessible.ignored: true
+            }
+            Loader {
+                id: quote
+                active: root.row.quoteSender !== ""
+                visible: active
+                width: parent.width
+                sourceComponent: MessageQuote {
+                    sender: root.row.quoteSender
+                    text: root.row.quoteText
+                    ink: root.dimmedInk
+                    accent: root.own ? Theme.onOwnBubble : Theme.accent
+                }
             }
         }
-    }
-    TextEdit {
-        id: content
-        x: Theme.gap12
-        y: above.y + above.height
-        width: Math.min(implicitWidth, root.roomForText)
-        text: root.isCut ? root.text.slice(0, root.shownLength) + "…" : root.text
-        textFormat: TextEdit.PlainText
-        wrapMode: TextEdit.Wrap
-        readOnly: true
-        selectByMouse: true
-        activeFocusOnPress: true
-        activeFocusOnTab: false
-        persistentSelection: false
-        font: Theme.bodyFont
-        color: root.ink
-        selectionColor: root.own ? Theme.background : Theme.accent
-        selectedTextColor: root.own ? Theme.text : Theme.onAccent
-        Accessible.ignored: true
+        TextEdit {
+            id: content
+            x: Theme.gap12
+            y: above.y + above.height
+            width: Math.min(implicitWidth, root.roomForText)
+            text: root.row.isCut ? root.row.text + "…" : root.row.text
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.Wrap
+            readOnly: true
+            selectByMouse: true
+            // What is typed next goes to the input, whatever is selected here.
+            activeFocusOnPress: false
+            activeFocusOnTab: false
+            persistentSelection: true
+            font: Theme.bodyFont
+            color: root.ink
+            selectionColor: root.own ? Theme.background : Theme.accent
+            selectedTextColor: root.own ? Theme.text : Theme.onAccent
+            Accessible.ignored: true
+            onSelectedTextChanged: root.selected(content)
+            // The row shows another message now.
+            onTextChanged: deselect()
 
-        HoverHandler {
-            id: over
-            cursorShape: root.link ? Qt.PointingHandCursor : Qt.IBeamCursor
+            HoverHandler {
+                id: over
+                cursorShape: root.link ? Qt.PointingHandCursor : Qt.IBeamCursor
+            }
+            TapHandler {
+                onTapped: if (root.link && content.selectedText === "") root.row.screen.openLink(root.link)
+            }
         }
-        TapHandler {
-            onTapped: if (root.link && content.selectedText === "") root.screen.openLink(root.link)
+        Loader {
+            id: more
+            active: root.row.isCut
+            visible: active
+            x: Theme.gap4
+            y: content.y + content.height
+            sourceComponent: LinkButton {
+                text: "Show more"
+                color: root.ink
+                onClicked: root.moreRequested()
+            }
+        }
+        Loader {
+            id: translated
+            active: root.row.translation !== ""
+            visible: active
+            x: Theme.gap12
+            y: more.visible ? more.y + more.height : content.y + content.height + Theme.gap4
+            width: root.width - 2 * Theme.gap12
+            sourceComponent: Item {
+                implicitWidth: mark.width + Theme.gap8 + translation.implicitWidth
+                implicitHeight: translation.height + Theme.gap4
+
+                Symbol {
+                    id: mark
+                    y: 2
+                    name: "globe"
+                    size: 14
+                    color: root.dimmedInk
+                }
+                PlainText {
+                    id: translation
+                    x: mark.width + Theme.gap8
+                    width: root.roomForText - x < implicitWidth ? root.roomForText - x : implicitWidth
+                    text: root.row.translation
+                    wrapMode: Text.Wrap
+                    elide: Text.ElideNone
+                    color: root.ink
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
+                }
+            }
         }
     }
     Loader {
@@ -149,57 +183,13 @@ Rectangle {
             text: root.link
         }
     }
-    Loader {
-        id: more
-        active: root.isCut
-        visible: active
-        x: Theme.gap4
-        y: content.y + content.height
-        sourceComponent: LinkButton {
-            text: "Show more"
-            color: root.ink
-            onClicked: root.shownLength += root.pieceLength
-        }
-    }
-    Loader {
-        id: translated
-        active: root.translation !== ""
-        visible: active
-        x: Theme.gap12
-        y: more.visible ? more.y + more.height : content.y + content.height + Theme.gap4
-        width: root.width - 2 * Theme.gap12
-        sourceComponent: Item {
-            implicitWidth: mark.width + Theme.gap8 + translation.implicitWidth
-            implicitHeight: translation.height + Theme.gap4
-
-            Symbol {
-                id: mark
-                y: 2
-                name: "globe"
-                size: 14
-                color: root.dimmedInk
-            }
-            PlainText {
-                id: translation
-                x: mark.width + Theme.gap8
-                width: root.roomForText - x < implicitWidth ? root.roomForText - x : implicitWidth
-                text: root.translation
-                wrapMode: Text.Wrap
-                elide: Text.ElideNone
-                color: root.ink
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
-            }
-        }
-    }
     MessageMeta {
         id: meta
         x: root.width - width - Theme.gap12
         y: root.timeFitsBeside ? content.y + content.height - height
          : translated.visible ? translated.y + translated.height
          : more.visible ? more.y + more.height : content.y + content.height + 2
-        record: root.record
-        own: root.own
+        row: root.row
         ink: root.dimmedInk
     }
 }

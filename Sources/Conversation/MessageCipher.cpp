@@ -13,16 +13,19 @@ MessageCipher::MessageCipher(const MessengerChat &chat, MessengerAPI &api, const
     , m_api(api)
     , m_engines(engines) {}
 
-QCoro::Task<void> MessageCipher::establishSession(QString peer) {
+QCoro::Task<bool> MessageCipher::establishSession(QString peer) {
     if (!isOn() || peer.isEmpty() || m_engines->crypto().hasSession(m_chat.id))
-        co_return;
+        co_return false;
     try {
         const std::optional<PreKeyBundle> bundle = co_await m_api.fetchPreKeyBundle(peer);
-        if (bundle)
-            m_engines->crypto().establishSession(m_chat.id, bundle->identityKey,
-                                                 bundle->oneTimePreKey.value_or(bundle->signedPreKey), true);
+        if (!bundle)
+            co_return false;
+        m_engines->crypto().establishSession(m_chat.id, bundle->identityKey,
+                                             bundle->oneTimePreKey.value_or(bundle->signedPreKey), true);
+        co_return true;
     } catch (const std::exception &) {
         // Dropped on purpose: the chat goes on unencrypted.
+        co_return false;
     }
 }
 
@@ -54,6 +57,15 @@ QString MessageCipher::sealed(const QString &text) {
         }
     }
     return sealedPairwise(m_chat.id, text);
+}
+
+QString MessageCipher::plainText(const QString &content) {
+    if (!isOn() || !m_engines->crypto().hasSession(m_chat.id))
+        return content;
+    const auto known = m_read.constFind(content);
+    if (known != m_read.constEnd())
+        return *known;
+    return *m_read.insert(content, openedPairwise(content).value_or(content));
 }
 
 QString MessageCipher::sealedPairwise(const QString &chatID, const QString &text) {

@@ -6,6 +6,7 @@
 
 #include <QCoroTask>
 
+#include <QHash>
 #include <QJsonObject>
 #include <QString>
 
@@ -33,16 +34,17 @@ public:
 
     bool isOn() const { return m_engines != nullptr; }
 
-    /// Opens a session with `peer` where there is none yet.
-    QCoro::Task<void> establishSession(QString peer);
+    /// Opens a session with `peer` where there is none yet, and tells whether one has begun.
+    QCoro::Task<bool> establishSession(QString peer);
 
     QCoro::Task<OutboundContent> prepareOutboundContent(QString text);
     /// The content of a record of the history.
     QCoro::Task<QString> historyContent(QJsonObject raw, QString content);
     /// The content of a message that arrives while the chat is open; group keys are not tried.
     QCoro::Task<QString> liveContent(QJsonObject raw, QString content);
-    /// A content as a person reads it: opened if it is sealed and the session can.
-    QString plainText(const QString &content) { return openedPairwise(content).value_or(content); }
+    /// A content as a person reads it: opened if it is sealed and the session can. Each content is tried once
+    /// in a session, since every try spends a step of its chain.
+    QString plainText(const QString &content);
     /// Sealed for any chat with which there is a session.
     QString sealedPairwise(const QString &chatID, const QString &text);
 
@@ -54,6 +56,8 @@ private:
     const MessengerChat &m_chat;
     MessengerAPI &m_api;
     const EndToEnd *m_engines;
+    /// By content, what a session has made of it.
+    QHash<QString, QString> m_read;
 };
 
 } // namespace orvane

@@ -1,61 +1,111 @@
 import QtQuick
 import QtQuick.Templates as T
+import Qt.labs.qmlmodels
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
 
-// The messages, oldest first, kept at the newest one unless the person has scrolled away from it.
+// The messages, the newest at the bottom, where the view begins: rows that come to stand above it move nothing
+// in sight. A new message brings the view back to the newest.
 ListView {
     id: root
     objectName: "messages"
 
     required property MessengerChatView screen
     readonly property int columnWidth: width - 2 * Theme.columnSide(width)
-    property bool followsNewest: true
+    /// The text of a bubble in which something is selected; null for none.
+    property TextEdit selection: null
+    property int countBefore: 0
 
-    model: screen.messages
+    /// The person turns to the input.
+    signal writingWanted
+
+    model: screen.rows
+    verticalLayoutDirection: ListView.BottomToTop
     clip: true
+    reuseItems: true
+    cacheBuffer: Math.max(0, height)
     activeFocusOnTab: count > 0
-    keyNavigationEnabled: true
+    keyNavigationEnabled: false
+    highlightFollowsCurrentItem: false
+    currentIndex: -1
     boundsBehavior: Flickable.StopAtBounds
-    // A page of history is small; keeping it whole makes its height exact and its scrolling steady.
-    cacheBuffer: 100000
-    footer: Item { height: Theme.gap8 }
+    header: Item { height: Theme.gap8 }
+    footer: Item { height: Theme.gap16 }
     Accessible.role: Accessible.List
     Accessible.name: "Messages"
 
-    onMovementEnded: followsNewest = atYEnd
-    onHeightChanged: Qt.callLater(settle, false)
-    onContentHeightChanged: Qt.callLater(settle, true)
-    onCountChanged: followsNewest = true
-    onScreenChanged: followsNewest = true
+    onCountChanged: Qt.callLater(showNewest)
+    onActiveFocusChanged: if (activeFocus && currentIndex < 0) walkTo(0)
 
-    /// Few messages stand at the bottom, next to the input.
-    function settle(grew) {
-        topMargin = Math.max(Theme.gap16, height - contentHeight);
-        if (followsNewest && grew)
-            toNewest();
-        else if (followsNewest)
-            positionViewAtEnd();
-    }
     /// Glides where there is a way to go; a chat that has just been opened stands there at once.
-    function toNewest() {
-        const end = originY + contentHeight + bottomMargin - height;
-        if (screen.isLoading || end - contentY > height || end <= -topMargin) {
-            positionViewAtEnd();
-        } else if (end > contentY) {
-            glide.to = end;
+    function showNewest() {
+        const added = count - countBefore;
+        countBefore = count;
+        if (added <= 0)
+            return;
+        const end = originY + contentHeight - height;
+        let way = Math.max(0, end - contentY);
+        positionViewAtBeginning();
+        if (screen.isLoading || height <= 0)
+            return;
+        for (let row = 0; row < added && way < height; ++row)
+            way += itemAtIndex(row)?.height ?? 0;
+        if (way > 0 && way < height && contentHeight > height) {
+            glide.to = contentY;
+            contentY -= way;
             glide.restart();
         }
     }
-    function openMenu(row) {
-        menu.active = true;
-        menu.item.record = row.record;
-        menu.item.popup(row, Math.max(Theme.gap16, row.width / 2 - 110), Math.min(row.height, 48));
+    function walkTo(row) {
+        currentIndex = Math.max(0, Math.min(row, count - 1));
+        positionViewAtIndex(currentIndex, ListView.Contain);
+        currentItem?.forceActiveFocus();
     }
-    function openMenuAtPointer(row) {
+    /// One page up for -1, down for 1.
+    function page(direction) {
+        const far = contentY + direction * height * 0.9;
+        contentY = Math.max(originY, Math.min(far, originY + contentHeight - height));
+        const edge = direction < 0 ? contentY + Theme.gap8 : contentY + height - 2 * Theme.gap8;
+        const row = indexAt(width / 2, edge);
+        currentIndex = row >= 0 ? row : direction < 0 ? count - 1 : 0;
+        currentItem?.forceActiveFocus();
+    }
+    /// What is read stays where it is while the row grows below it.
+    function showMore(row) {
+        const top = row.mapToItem(root, 0, 0).y;
+        screen.rows.showMore(row.index);
+        forceLayout();
+        contentY += row.mapToItem(root, 0, 0).y - top;
+    }
+    function select(text) {
+        if (text.selectedText === "") {
+            if (selection === text)
+                selection = null;
+            return;
+        }
+        if (selection && selection !== text)
+            selection.deselect();
+        selection = text;
+    }
+    /// Beneath the top of the row that the keyboard has chosen.
+    function openMenu() {
+        const x = Math.max(Theme.gap16, currentItem.width / 2 - 110);
+        menuOf(currentIndex).popup(currentItem, x, Math.min(currentItem.height, 48));
+    }
+    /// Where it was pressed.
+    function openMenuAt(point) {
+        const place = contentItem.mapFromItem(null, point.scenePosition);
+        const row = indexAt(width / 2, place.y);
+        if (row < 0)
+            return;
+        writingWanted();
+        menuOf(row).popup();
+    }
+    function menuOf(row) {
         menu.active = true;
-        menu.item.record = row.record;
-        menu.item.popup();
+        const made = menu.item as MessageMenu;
+        made.record = screen.rows.record(row);
+        return made;
     }
 
     NumberAnimation {
@@ -64,17 +114,46 @@ ListView {
         property: "contentY"
         duration: Theme.panelDuration
         easing.type: Easing.OutCubic
-        onStopped: if (root.followsNewest) root.positionViewAtEnd()
+        onStopped: root.positionViewAtBeginning()
     }
     remove: Transition { NumberAnimation { property: "opacity"; to: 0; duration: Theme.panelDuration } }
     Keys.onPressed: event => {
         const wantsMenu = event.key === Qt.Key_Menu
             || (event.key === Qt.Key_F10 && (event.modifiers & Qt.ShiftModifier));
-        event.accepted = wantsMenu && currentItem !== null;
-        if (event.accepted)
-            openMenu(currentItem);
+        event.accepted = true;
+        if (wantsMenu && currentItem)
+            openMenu();
+        else if (event.key === Qt.Key_Up)
+            walkTo(currentIndex + 1);
+        else if (event.key === Qt.Key_Down)
+            walkTo(currentIndex - 1);
+        else if (event.key === Qt.Key_Home)
+            walkTo(count - 1);
+        else if (event.key === Qt.Key_End)
+            walkTo(0);
+        else if (event.key === Qt.Key_PageUp)
+            page(-1);
+        else if (event.key === Qt.Key_PageDown)
+            page(1);
+        else if (event.key === Qt.Key_Escape)
+            writingWanted();
+        else
+            event.accepted = false;
     }
 
+    // Whoever clicks a message goes on writing.
+    TapHandler {
+        gesturePolicy: TapHandler.WithinBounds
+        onTapped: root.writingWanted()
+    }
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+        onTapped: point => root.openMenuAt(point)
+    }
+    TapHandler {
+        acceptedDevices: PointerDevice.TouchScreen
+        onLongPressed: root.openMenuAt(point)
+    }
     Loader {
         id: menu
         active: false
@@ -83,16 +162,42 @@ ListView {
         }
     }
 
-    T.ScrollBar.vertical: ScrollThumb {
-        onPressedChanged: if (!pressed) root.followsNewest = root.atYEnd
-    }
+    T.ScrollBar.vertical: ScrollThumb {}
 
-    delegate: MessageRow {
-        width: root.width
-        columnWidth: root.columnWidth
-        screen: root.screen
-        count: root.count
-        onMenuRequested: root.openMenuAtPointer(this)
+    delegate: DelegateChooser {
+        role: "kind"
+
+        DelegateChoice {
+            roleValue: "text"
+            delegate: MessageRow {
+                id: text
+                screen: root.screen
+
+                MessageBubble {
+                    row: text
+                    onMoreRequested: root.showMore(text)
+                    onSelected: content => root.select(content)
+                }
+            }
+        }
+        DelegateChoice {
+            roleValue: "sticker"
+            delegate: MessageRow {
+                id: sticker
+                screen: root.screen
+
+                StickerBubble { row: sticker }
+            }
+        }
+        DelegateChoice {
+            roleValue: "poll"
+            delegate: MessageRow {
+                id: poll
+                screen: root.screen
+
+                PollBubble { row: poll }
+            }
+        }
     }
 
     EmptyState {

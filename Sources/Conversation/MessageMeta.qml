@@ -1,34 +1,35 @@
 import QtQuick
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
-import OrvaneTalk.Model
 
 // When a message was said, and what became of it.
 Row {
     id: root
 
-    required property messengerMessage record
-    required property bool own
+    required property MessageRow row
     required property color ink
 
     spacing: Theme.gap4
 
-    Symbol {
-        visible: root.record.isStarred
+    Loader {
+        active: root.row.starred
+        visible: active
         anchors.verticalCenter: parent.verticalCenter
-        name: "star.fill"
-        size: 11
-        color: root.ink
+        sourceComponent: Symbol {
+            name: "star.fill"
+            size: 11
+            color: root.ink
+        }
     }
     PlainText {
-        visible: root.record.editedAt !== undefined
+        visible: root.row.edited
         text: "edited"
         font: Theme.captionFont
         color: root.ink
         Accessible.ignored: true
     }
     PlainText {
-        text: DisplayTimes.clock(root.record.timestamp)
+        text: DisplayTimes.clock(root.row.timestamp)
         font: Theme.captionFont
         color: root.ink
         Accessible.ignored: true
@@ -40,14 +41,17 @@ Row {
             anchors { bottom: parent.top; bottomMargin: Theme.gap4; right: parent.right }
             z: 1
             sourceComponent: HoverTip {
-                text: DisplayTimes.full(root.record.timestamp)
+                text: DisplayTimes.full(root.row.timestamp)
             }
         }
     }
-    DeliveryIcon {
-        visible: root.own
+    Loader {
+        active: root.row.own
+        visible: active
         anchors.verticalCenter: parent.verticalCenter
-        status: root.record.deliveryStatus
-        ink: root.ink
+        sourceComponent: DeliveryIcon {
+            status: root.row.delivery
+            ink: root.ink
+        }
     }
 }

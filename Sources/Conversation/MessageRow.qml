@@ -1,35 +1,58 @@
 import QtQuick
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
-import OrvaneTalk.Model
 
-// One message at its sender's side, with the day above it where a new one begins.
+// One message at its sender's side, with the day above it where a new one begins. What a kind of message looks
+// like is its body.
 FocusScope {
     id: root
 
-    required property messengerMessage record
     required property int index
-    required property MessengerChatView screen
-    required property int columnWidth
-    /// The number of messages, on which the neighbours of this one depend.
-    required property int count
+    required property bool own
+    required property string senderID
+    required property string sender
+    required property bool startsDay
+    required property bool startsRun
+    required property bool endsRun
+    required property date timestamp
+    required property string text
+    required property bool isCut
+    required property string quoteSender
+    required property string quoteText
+    required property string forwardedFrom
+    required property string translation
+    required property bool edited
+    required property bool starred
+    required property string delivery
+    required property var reactions
+    required property var poll
+    required property string spoken
 
-    readonly property bool own: record.senderID === screen.currentUserID
-    readonly property messagePlacement placement: {
-        void root.count;
-        return screen.placement(index);
-    }
-    readonly property bool namesSender: !own && screen.chat.type === "group"
+    required property MessengerChatView screen
+    default property alias body: body.data
+
+    readonly property int columnWidth: width - 2 * Theme.columnSide(width)
     readonly property int maximumWidth: Math.round(columnWidth * 0.78)
     readonly property bool focused: activeFocus && ListView.isCurrentItem
 
-    signal menuRequested
-
-    implicitHeight: body.y + body.height + (reactions.visible ? reactions.height + Theme.gap4 : 0)
+    width: ListView.view ? ListView.view.width : 0
+    implicitHeight: body.y + body.height + (reactionsRow.visible ? reactionsRow.height + Theme.gap4 : 0)
     Accessible.role: Accessible.ListItem
-    Accessible.name: screen.spokenMessage(record)
+    Accessible.name: spoken
     Accessible.focusable: true
-    Component.onCompleted: if (Date.now() - record.timestamp.getTime() < 500) entrance.start()
+    Accessible.focused: focused
+
+    // A new message comes with a spring; one that comes into view again is there already.
+    Component.onCompleted: if (Date.now() - timestamp.getTime() < 500) entrance.start()
+    ListView.onPooled: {
+        entrance.stop();
+        entrance.progress = 1;
+        visible = false;
+    }
+    ListView.onReused: {
+        opacity = 1;
+        visible = true;
+    }
 
     Spring {
         id: entrance
@@ -42,19 +65,22 @@ FocusScope {
         dampingFraction: root.own ? 0.7 : 0.8
         easing.type: Easing.Linear
     }
-    DayBreak {
+    Loader {
         id: day
         anchors { left: parent.left; right: parent.right; top: parent.top }
-        visible: root.placement.startsDay
-        time: root.record.timestamp
+        active: root.startsDay
+        visible: active
+        sourceComponent: DayBreak {
+            time: root.timestamp
+        }
     }
     Loader {
-        active: root.namesSender && root.placement.endsRun
+        active: root.sender !== "" && root.endsRun
         anchors { left: column.left; bottom: body.bottom }
         sourceComponent: Avatar {
             size: 32
-            hueId: root.record.senderID
-            name: root.screen.senderName(root.record.senderID)
+            hueId: root.senderID
+            name: root.sender
         }
     }
     Item {
@@ -62,68 +88,36 @@ FocusScope {
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.columnWidth
     }
-    Loader {
+    Rectangle {
+        anchors { fill: body; margins: -3 }
+        visible: root.focused
+        radius: Theme.bubbleRadius + 3
+        color: "transparent"
+        border { width: 2; color: Theme.accent }
+    }
+    Item {
         id: body
 
         readonly property real grown: entrance.valueAt(entrance.progress)
 
-        y: (root.placement.startsDay ? day.height : 0) + (root.placement.startsRun ? Theme.gap12 : 2)
-        x: root.own ? column.x + column.width - width : column.x + (root.namesSender ? 32 + Theme.gap8 : 0)
+        x: root.own ? column.x + column.width - width : column.x + (root.sender ? 32 + Theme.gap8 : 0)
+        y: (root.startsDay ? day.height : 0) + (root.startsRun ? Theme.gap12 : 2)
+        width: childrenRect.width
+        height: childrenRect.height
         opacity: Math.min(1, grown * 2)
         scale: 0.8 + 0.2 * grown
         transformOrigin: root.own ? Item.BottomRight : Item.BottomLeft
-        sourceComponent: root.record.poll !== undefined ? poll : root.record.type === "sticker" ? sticker : bubble
     }
-    ReactionsRow {
-        id: reactions
-        visible: root.record.reactions.length > 0
+    Loader {
+        id: reactionsRow
+        active: root.reactions.length > 0
+        visible: active
         y: body.y + body.height + Theme.gap4
         x: root.own ? column.x + column.width - width : body.x
         width: root.maximumWidth
-        record: root.record
-        own: root.own
-    }
-    TapHandler {
-        acceptedButtons: Qt.RightButton
-        onTapped: root.menuRequested()
-    }
-    TapHandler {
-        acceptedDevices: PointerDevice.TouchScreen
-        onLongPressed: root.menuRequested()
-    }
-
-    Component {
-        id: bubble
-
-        MessageBubble {
-            maximumWidth: root.maximumWidth
+        sourceComponent: ReactionsRow {
+            labels: root.reactions
             own: root.own
-            endsRun: root.placement.endsRun
-            sender: root.namesSender && root.placement.startsRun ? root.screen.senderName(root.record.senderID) : ""
-            screen: root.screen
-            record: root.record
-            focused: root.focused
-        }
-    }
-    Component {
-        id: sticker
-
-        StickerBubble {
-            screen: root.screen
-            record: root.record
-            own: root.own
-            focused: root.focused
-        }
-    }
-    Component {
-        id: poll
-
-        PollBubble {
-            width: Math.min(root.maximumWidth, 360)
-            screen: root.screen
-            record: root.record
-            own: root.own
-            focused: root.focused
         }
     }
 }

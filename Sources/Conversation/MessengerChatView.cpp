@@ -7,14 +7,11 @@
 #include "Platform/Folders.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace orvane {
 
 namespace {
 
-// Nobody listens to more of one message in a list.
-constexpr int spokenLength = 2000;
 constexpr int mostLinks = 3;
 constexpr int searchedLength = 100'000;
 
@@ -28,11 +25,7 @@ MessengerChatView::MessengerChatView(const MessengerChat &openChat, const Contac
     , m_parts(parts)
     , m_cipher(chat, parts.api, parts.encryption)
     , m_pinned(pinnedMessageIDs.addNotifier([this] { Q_EMIT pinnedChanged(); }))
-    , m_typing(typingUserIDs.addNotifier([this] { Q_EMIT typingChanged(); }))
-    , m_loaded(isLoading.addNotifier([this] {
-        if (!isLoading && std::exchange(m_analyzes, false))
-            m_assistant.analyzeChat();
-    })) {
+    , m_typing(typingUserIDs.addNotifier([this] { Q_EMIT typingChanged(); })) {
     const auto pinnedMayDiffer = [this] {
         if (!pinnedMessageIDs.value().isEmpty())
             Q_EMIT pinnedChanged();
@@ -51,7 +44,8 @@ QString MessengerChatView::fingerprint() const {
 
 void MessengerChatView::appear() {
     loadMessages();
-    m_analyzes = chat.aiEnabled;
+    if (chat.aiEnabled)
+        m_assistant.analyzeChat();
     subscribeP2P();
     loadBotMeta();
     m_parts.notifications().activeChatID = chat.id;
@@ -81,7 +75,9 @@ void MessengerChatView::subscribeP2P() {
 }
 
 QCoro::Task<void> MessengerChatView::establishSession(Self self) {
-    co_await self->m_cipher.establishSession(self->peerId());
+    const bool began = co_await self->m_cipher.establishSession(self->peerId());
+    if (began)
+        self->m_rows.readAgain();
 }
 
 void MessengerChatView::loadBotMeta() {
@@ -210,6 +206,10 @@ QString MessengerChatView::senderName(const QString &userID) const {
     return sender == contacts.constEnd() ? QStringLiteral("Someone") : sender->displayName;
 }
 
+QString MessengerChatView::nameInChat(const QString &userID) const {
+    return userID == currentUserID ? QStringLiteral("You") : senderName(userID);
+}
+
 QString MessengerChatView::chatName(const MessengerChat &other) const {
     return other.displayName(currentUserID, contacts);
 }
@@ -218,30 +218,12 @@ QString MessengerChatView::hueIdOf(const MessengerChat &other) const {
     return other.type == ChatType::direct ? other.peerId(currentUserID) : other.id;
 }
 
-MessengerMessage MessengerChatView::messageWithId(const QString &messageID) const {
-    const int row = messageID.isEmpty() ? -1 : messages.rowOf(messageID);
-    return row < 0 ? MessengerMessage() : messages.at(row);
-}
-
-MessagePlacement MessengerChatView::placement(int row) const {
-    return MessagePlacement::of(messages.records(), row);
-}
-
 QStringList MessengerChatView::linksIn(const MessengerMessage &message) {
     QStringList addresses;
     for (const Link &link : Link::in(plainText(message.content).left(searchedLength)))
         addresses.append(link.address());
     addresses.removeDuplicates();
     return addresses.mid(0, mostLinks);
-}
-
-QString MessengerChatView::spokenMessage(const MessengerMessage &message) {
-    const bool own = message.senderID == currentUserID;
-    const QString state = own ? rawText(message.deliveryStatus) : QStringLiteral("received");
-    return QStringLiteral("%1, %2, %3, %4")
-        .arg(own ? QStringLiteral("You") : senderName(message.senderID),
-             plainText(message.content).left(spokenLength),
-             message.timestamp.toLocalTime().toString(QStringLiteral("HH:mm")), state);
 }
 
 void MessengerChatView::setDeliveryStatus(const QString &messageID, DeliveryStatus status) {

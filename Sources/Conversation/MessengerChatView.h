@@ -10,7 +10,7 @@
 #include "Conversation/MessageActions.h"
 #include "Conversation/MessageCipher.h"
 #include "Conversation/MessageForwarding.h"
-#include "Conversation/MessagePlacement.h"
+#include "Conversation/MessageRows.h"
 #include "Conversation/MessageSender.h"
 #include "Model/MessengerChat.h"
 
@@ -33,7 +33,8 @@ class MessengerChatView : public QObject, public std::enable_shared_from_this<Me
     Q_PROPERTY(QString currentUserID MEMBER currentUserID CONSTANT)
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(QString peerId READ peerId CONSTANT)
-    Q_PROPERTY(orvane::RecordListModel *messages READ messageModel CONSTANT)
+    /// What the view of `messages` shows.
+    Q_PROPERTY(orvane::MessageRows *rows READ rows CONSTANT)
     /// The end-to-end layer is on.
     Q_PROPERTY(bool isEncrypting READ isEncrypting CONSTANT)
     /// Of the own identity key, in groups of four; empty while there is none.
@@ -92,7 +93,7 @@ public:
 
     QString title() const;
     QString peerId() const { return chat.peerId(currentUserID); }
-    RecordListModel *messageModel() { return &messages; }
+    MessageRows *rows() { return &m_rows; }
     bool isEncrypting() const { return m_cipher.isOn(); }
     QString fingerprint() const;
     QList<MessengerMessage> pinnedMessages() const;
@@ -146,20 +147,17 @@ public:
     Q_INVOKABLE void scrollToPinned() const;
     Q_INVOKABLE bool isPinned(const QString &messageID) const;
     Q_INVOKABLE QString senderName(const QString &userID) const;
+    /// The same, but "You" for the person at this window.
+    Q_INVOKABLE QString nameInChat(const QString &userID) const;
     Q_INVOKABLE QString chatName(const orvane::MessengerChat &other) const;
     /// The id that another chat has its colour from.
     Q_INVOKABLE QString hueIdOf(const orvane::MessengerChat &other) const;
-    /// A content as a person reads it.
     /// The first addresses that a message leads to, each once; no more than a menu should begin with.
     Q_INVOKABLE QStringList linksIn(const orvane::MessengerMessage &message);
     /// In the person's browser; http and https only.
     Q_INVOKABLE void openLink(const QString &address) const { Link::open(address); }
+    /// A content as a person reads it.
     Q_INVOKABLE QString plainText(const QString &content) { return m_cipher.plainText(content); }
-    /// The first message with this id; one with an empty id where there is none.
-    Q_INVOKABLE orvane::MessengerMessage messageWithId(const QString &messageID) const;
-    Q_INVOKABLE orvane::MessagePlacement placement(int row) const;
-    /// A message in words for assistive technology: sender, text, time and state.
-    Q_INVOKABLE QString spokenMessage(const orvane::MessengerMessage &message);
 
     const ChatParts &parts() const { return m_parts; }
     MessageCipher &cipher() { return m_cipher; }
@@ -207,11 +205,9 @@ private:
     MessageActions m_actions{*this};
     MessageForwarding m_forwarding{*this};
     ChatAssistant m_assistant{*this};
-    /// Waits for the history, without which there is nothing to analyze.
-    bool m_analyzes = false;
+    MessageRows m_rows{*this};
     QPropertyNotifier m_pinned;
     QPropertyNotifier m_typing;
-    QPropertyNotifier m_loaded;
 };
 
 } // namespace orvane

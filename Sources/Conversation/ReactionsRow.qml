@@ -1,25 +1,24 @@
 import QtQuick
 import OrvaneTalk.Interface
-import OrvaneTalk.Model
 
 // What others think of a message, under its bubble.
 Flow {
     id: root
 
-    required property messengerMessage record
+    required property var labels
     required property bool own
 
     spacing: Theme.gap4
     layoutDirection: own ? Qt.RightToLeft : Qt.LeftToRight
 
     Repeater {
-        model: root.record.reactions
+        model: root.labels
         delegate: Rectangle {
             id: capsule
 
-            required property messageReaction modelData
+            required property string modelData
 
-            width: label.implicitWidth + 2 * Theme.gap8
+            width: Math.min(label.implicitWidth, 120) + 2 * Theme.gap8
             height: 24
             radius: 12
             color: root.own ? Theme.ownReaction : Theme.reaction
@@ -28,9 +27,10 @@ Flow {
             PlainText {
                 id: label
                 anchors.centerIn: parent
-                text: capsule.modelData.userIDs.length >= 2
-                    ? capsule.modelData.emoji + " " + capsule.modelData.userIDs.length : capsule.modelData.emoji
+                width: parent.width - 2 * Theme.gap8
+                text: capsule.modelData
                 font: Theme.secondaryFont
+                maximumLineCount: 1
                 Accessible.role: Accessible.StaticText
                 Accessible.name: text
             }

@@ -56,6 +56,8 @@ Flickable {
             text: root.screen.personaSamples + " образцов"
             font: Theme.captionFont
             color: Theme.dimmed
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
     }
 }

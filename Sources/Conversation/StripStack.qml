@@ -13,7 +13,8 @@ Flickable {
     contentHeight: column.height
     boundsBehavior: Flickable.StopAtBounds
     clip: height < contentHeight
-    T.ScrollBar.vertical: ScrollThumb {}
+    // Always seen: without it nothing tells that there is more.
+    T.ScrollBar.vertical: ScrollThumb { always: true }
 
     Column {
         id: column

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import OrvaneTalk.Conversation
 import OrvaneTalk.Interface
 
@@ -14,23 +13,11 @@ Banner {
     heading: "Summary"
     onClosed: screen.closeSummary()
 
-    Flickable {
+    FoldingText {
         width: parent.width
-        height: Math.min(text.implicitHeight, 180)
         visible: root.screen.chatSummary !== undefined
-        contentHeight: text.implicitHeight
-        clip: true
-        boundsBehavior: Flickable.StopAtBounds
-        T.ScrollBar.vertical: ScrollThumb {}
-
-        PlainText {
-            id: text
-            width: parent.width - Theme.gap12
-            text: root.screen.chatSummary ?? ""
-            wrapMode: Text.Wrap
-            elide: Text.ElideNone
-            lineHeight: Theme.lineHeight
-        }
+        foldedLines: 6
+        text: root.screen.chatSummary ?? ""
     }
     Spinner {
         running: root.screen.isSummarizing && root.screen.chatSummary === undefined

@@ -1,11 +1,15 @@
 import QtQuick
 import OrvaneTalk.Interface
 
-// The one thing to do on a screen. While `busy` it shows that it runs instead of its text.
+// The one thing to do on a screen; one that loses something is `dangerous`. While `busy` it shows that it runs
+// instead of its text.
 ActionButton {
     id: root
 
     property bool busy: false
+    property bool dangerous: false
+    readonly property color ground: dangerous ? Theme.danger : Theme.accent
+    readonly property color ink: dangerous ? Theme.background : Theme.onAccent
 
     implicitHeight: 44
     implicitWidth: label.implicitWidth + 2 * Theme.gap24
@@ -13,8 +17,7 @@ ActionButton {
 
     background: Rectangle {
         radius: Theme.controlRadius
-        color: root.down ? Qt.darker(Theme.accent, 1.15)
-                         : root.hovered ? Qt.lighter(Theme.accent, 1.08) : Theme.accent
+        color: root.down ? Qt.darker(root.ground, 1.15) : root.hovered ? Qt.lighter(root.ground, 1.08) : root.ground
         Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
         FocusRing { control: root }
     }
@@ -25,12 +28,12 @@ ActionButton {
             visible: !root.busy
             text: root.text
             font: root.font
-            color: Theme.onAccent
+            color: root.ink
         }
         Spinner {
             anchors.centerIn: parent
             running: root.busy
-            color: Theme.onAccent
+            color: root.ink
         }
     }
 }

@@ -6,6 +6,8 @@ import OrvaneTalk.Interface
 T.ScrollBar {
     id: root
 
+    property bool always: false
+
     implicitWidth: 8
     padding: 2
     visible: size < 1
@@ -17,7 +19,7 @@ T.ScrollBar {
         implicitWidth: 4
         radius: 2
         color: root.pressed || root.hovered ? Theme.dimmed : Theme.faint
-        opacity: root.active || root.hovered ? 1 : 0
+        opacity: root.always || root.active || root.hovered ? 1 : 0
         // What nobody sees need not follow.
         visible: opacity > 0
         Behavior on opacity { NumberAnimation { duration: Theme.panelDuration } }

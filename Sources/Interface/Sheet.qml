@@ -16,6 +16,11 @@ T.Dialog {
     /// What the title bar offers besides the way out.
     property alias titleButtons: titleRow.data
 
+    /// For a sheet in which Enter must do nothing.
+    function focusWayOut() {
+        wayOut.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     parent: T.Overlay.overlay
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: parent ? Math.round((parent.height - height) / 2) : 0
@@ -58,10 +63,10 @@ T.Dialog {
             }
             Row {
                 id: titleRow
-                anchors { right: close.left; rightMargin: Theme.gap4; verticalCenter: parent.verticalCenter }
+                anchors { right: wayOut.left; rightMargin: Theme.gap4; verticalCenter: parent.verticalCenter }
             }
             LinkButton {
-                id: close
+                id: wayOut
                 anchors { right: parent.right; rightMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
                 text: root.closeText
                 onClicked: root.close()

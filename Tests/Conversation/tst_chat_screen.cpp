@@ -32,12 +32,15 @@ struct Window : OpenChatParts {
     QQuickItem *messages() const {
         return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages"));
     }
-    /// The end of the last message stands at the end of the list.
-    bool showsNewest() const {
-        const int last = screen->messages.count() - 1;
+    QQuickItem *row(int index) const {
         QQuickItem *row = nullptr;
         QMetaObject::invokeMethod(messages(), "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
-                                  Q_ARG(int, last));
+                                  Q_ARG(int, index));
+        return row;
+    }
+    /// The end of the newest message stands at the end of the list.
+    bool showsNewest() const {
+        const QQuickItem *row = this->row(0);
         if (!row)
             return false;
         const double end = row->mapToItem(messages(), QPointF(0, row->height())).y();
