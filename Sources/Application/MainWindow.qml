@@ -15,6 +15,25 @@ Window {
     visible: true
     title: "OrvaneTalk"
     color: Theme.background
+    // For the toolkit's own dialogs, where the desktop has none.
+    palette {
+        window: Theme.background
+        windowText: Theme.text
+        base: Theme.surface
+        alternateBase: Theme.raised
+        text: Theme.text
+        button: Theme.raised
+        buttonText: Theme.text
+        brightText: Theme.text
+        placeholderText: Theme.dimmed
+        highlight: Theme.accent
+        highlightedText: Theme.onAccent
+        light: Theme.raised
+        midlight: Theme.pressed
+        mid: Theme.divider
+        dark: Theme.dimmed
+        shadow: Theme.faint
+    }
     // The program may go on without its window: a chat that nobody sees isn't open, and its messages count.
     onClosing: {
         if (app.chatList)

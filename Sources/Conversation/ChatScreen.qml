@@ -106,5 +106,6 @@ FocusScope {
 
     ChatSheets {
         screen: root.screen
+        onDialogClosed: input.forceActiveFocus()
     }
 }

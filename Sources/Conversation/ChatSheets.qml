@@ -8,6 +8,8 @@ Item {
     id: root
 
     required property MessengerChatView screen
+    /// A dialog of the desktop has gone, which gives the keyboard back to nobody.
+    signal dialogClosed
 
     SheetLoader {
         shown: root.screen.showPollCreator
@@ -41,6 +43,13 @@ Item {
     }
     Loader {
         id: exporter
+    }
+    Connections {
+        target: exporter.item as ExportDialog
+        function onVisibleChanged() {
+            if (!(exporter.item as ExportDialog).visible)
+                root.dialogClosed();
+        }
     }
     Connections {
         target: root.screen

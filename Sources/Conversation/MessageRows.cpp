@@ -22,27 +22,25 @@ QString kindOf(const MessengerMessage &message) {
     return message.type == MessageType::sticker ? QStringLiteral("sticker") : QStringLiteral("text");
 }
 
-/// The nearest place at or before `length` that no visible character straddles.
+/// The nearest place at or before `length` that no visible character straddles; `length` in an endless one.
 qsizetype cutAt(const QString &text, qsizetype length) {
-    // What people write as one character is seldom longer, and a text may be one endless character.
     constexpr qsizetype longestCharacter = 64;
-    const qsizetype from = std::max<qsizetype>(0, length - longestCharacter);
-    const QString around = text.mid(from, 2 * longestCharacter);
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, around);
-    finder.setPosition(length - from);
-    const qsizetype boundary = finder.isAtBoundary() ? length - from : finder.toPreviousBoundary();
-    if (boundary > 0)
-        return from + boundary;
-    return text.at(length - 1).isHighSurrogate() ? length - 1 : length;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.left(length + longestCharacter));
+    finder.setPosition(length);
+    const qsizetype boundary = finder.isAtBoundary() ? length : finder.toPreviousBoundary();
+    return boundary > length - longestCharacter ? boundary : length - text.at(length - 1).isHighSurrogate();
 }
 
 QStringList labels(const QList<MessageReaction> &reactions) {
+    // More than any emoji has; a server may send any text for one.
+    constexpr qsizetype longestEmoji = 32;
     QStringList labels;
     const qsizetype shown = std::min(reactions.size(), MessageRows::mostReactions);
-    for (const MessageReaction &reaction : reactions.first(shown))
-        labels.append(reaction.userIDs.size() >= 2
-                          ? QStringLiteral("%1 %2").arg(reaction.emoji).arg(reaction.userIDs.size())
-                          : reaction.emoji);
+    for (const MessageReaction &reaction : reactions.first(shown)) {
+        labels.append(reaction.emoji.left(longestEmoji));
+        if (reaction.userIDs.size() >= 2)
+            labels.last() += QStringLiteral(" %1").arg(reaction.userIDs.size());
+    }
     if (const qsizetype hidden = reactions.size() - shown; hidden > 0)
         labels.append(QStringLiteral("+%1").arg(hidden));
     return labels;

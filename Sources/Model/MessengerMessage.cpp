@@ -37,7 +37,8 @@ MessageType MessengerMessage::typeOf(const QJsonObject &raw) {
 }
 
 QList<MessageReaction> MessengerMessage::parseReactions(const QJsonArray &list) {
-    QHash<QString, QList<QString>> usersOf;
+    QList<MessageReaction> reactions;
+    QHash<QString, qsizetype> placeOf;
     for (const auto &element : list) {
         if (!element.isObject())
             continue;
@@ -46,16 +47,18 @@ QList<MessageReaction> MessengerMessage::parseReactions(const QJsonArray &list) 
         auto user = json::text(reaction, u"user_id");
         if (const auto number = json::integer(reaction, u"user_id"))
             user = QString::number(*number);
-        if (emoji && user)
-            usersOf[*emoji].append(*user);
-    }
-    QList<MessageReaction> reactions;
-    reactions.reserve(usersOf.size());
-    for (auto entry = usersOf.cbegin(); entry != usersOf.cend(); ++entry) {
-        MessageReaction reaction;
-        reaction.emoji = entry.key();
-        reaction.userIDs = entry.value();
-        reactions.append(reaction);
+        if (!emoji || !user)
+            continue;
+        const auto place = placeOf.constFind(*emoji);
+        if (place != placeOf.constEnd()) {
+            reactions[*place].userIDs.append(*user);
+        } else {
+            placeOf.insert(*emoji, reactions.size());
+            MessageReaction first;
+            first.emoji = *emoji;
+            first.userIDs = {*user};
+            reactions.append(first);
+        }
     }
     return reactions;
 }

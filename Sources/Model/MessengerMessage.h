@@ -84,8 +84,9 @@ public:
     /// The type under `type`; `text` when the key is missing or its value unknown.
     static MessageType typeOf(const QJsonObject &raw);
 
-    /// Folds the server's list of single reactions into one record an emoji, in no particular order. Elements
-    /// without a text `emoji` and a text or integer `user_id` are skipped.
+    /// Folds the server's list of single reactions into one record an emoji, in the order in which the emoji
+    /// first occur, so that all see them alike. Elements without a text `emoji` and a text or integer
+    /// `user_id` are skipped.
     static QList<MessageReaction> parseReactions(const QJsonArray &list);
 };
 
