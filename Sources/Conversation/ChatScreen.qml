@@ -11,7 +11,7 @@ FocusScope {
     required property MessengerChatView screen
     readonly property int room: height - header.height - input.height
 
-    Component.onCompleted: input.forceActiveFocus()
+    Component.onCompleted: input.write()
 
     ChatHeader {
         id: header
@@ -41,7 +41,7 @@ FocusScope {
         id: messages
         anchors { left: parent.left; right: parent.right; top: top.bottom; bottom: bottom.top }
         screen: root.screen
-        onWritingWanted: input.forceActiveFocus()
+        onWritingWanted: input.write()
     }
     StripStack {
         id: bottom
@@ -74,7 +74,7 @@ FocusScope {
                 Component.onCompleted: forceActiveFocus()
                 Keys.onEscapePressed: {
                     root.screen.showStickerPicker = false;
-                    input.forceActiveFocus();
+                    input.write();
                 }
             }
         }
@@ -106,6 +106,6 @@ FocusScope {
 
     ChatSheets {
         screen: root.screen
-        onDialogClosed: input.forceActiveFocus()
+        onDialogClosed: input.write()
     }
 }

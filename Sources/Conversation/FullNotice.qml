@@ -11,6 +11,7 @@ PlainText {
     font: Theme.captionFont
     color: Theme.danger
     wrapMode: Text.Wrap
+    elide: Text.ElideNone
     Accessible.role: Accessible.AlertMessage
     Accessible.name: text
 }

@@ -117,7 +117,11 @@ Rectangle {
                 cursorShape: root.link ? Qt.PointingHandCursor : Qt.IBeamCursor
             }
             TapHandler {
-                onTapped: if (root.link && content.selectedText === "") root.row.screen.openLink(root.link)
+                onTapped: {
+                    if (root.link && content.selectedText === "")
+                        root.row.screen.openLink(root.link);
+                    root.row.tapped();
+                }
             }
         }
         Loader {

@@ -34,6 +34,7 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: "Messages"
 
+    onMovementStarted: glide.stop()
     onCountChanged: Qt.callLater(showNewest)
     onActiveFocusChanged: if (activeFocus && currentIndex < 0) walkTo(0)
 
@@ -57,12 +58,17 @@ ListView {
         }
     }
     function walkTo(row) {
+        glide.stop();
         currentIndex = Math.max(0, Math.min(row, count - 1));
+        positionViewAtIndex(currentIndex, ListView.Contain);
+        // Its height is known now.
+        forceLayout();
         positionViewAtIndex(currentIndex, ListView.Contain);
         currentItem?.forceActiveFocus();
     }
     /// One page up for -1, down for 1.
     function page(direction) {
+        glide.stop();
         const far = contentY + direction * height * 0.9;
         contentY = Math.max(originY, Math.min(far, originY + contentHeight - height));
         const edge = direction < 0 ? contentY + Theme.gap8 : contentY + height - 2 * Theme.gap8;
@@ -114,7 +120,7 @@ ListView {
         property: "contentY"
         duration: Theme.panelDuration
         easing.type: Easing.OutCubic
-        onStopped: root.positionViewAtBeginning()
+        onFinished: root.positionViewAtBeginning()
     }
     remove: Transition { NumberAnimation { property: "opacity"; to: 0; duration: Theme.panelDuration } }
     Keys.onPressed: event => {
@@ -141,11 +147,6 @@ ListView {
             event.accepted = false;
     }
 
-    // Whoever clicks a message goes on writing.
-    TapHandler {
-        gesturePolicy: TapHandler.WithinBounds
-        onTapped: root.writingWanted()
-    }
     TapHandler {
         acceptedButtons: Qt.RightButton
         onTapped: point => root.openMenuAt(point)
@@ -172,6 +173,7 @@ ListView {
             delegate: MessageRow {
                 id: text
                 screen: root.screen
+                onTapped: root.writingWanted()
 
                 MessageBubble {
                     row: text
@@ -185,6 +187,7 @@ ListView {
             delegate: MessageRow {
                 id: sticker
                 screen: root.screen
+                onTapped: root.writingWanted()
 
                 StickerBubble { row: sticker }
             }
@@ -194,6 +197,7 @@ ListView {
             delegate: MessageRow {
                 id: poll
                 screen: root.screen
+                onTapped: root.writingWanted()
 
                 PollBubble { row: poll }
             }

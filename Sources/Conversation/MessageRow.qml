@@ -35,6 +35,9 @@ FocusScope {
     readonly property int maximumWidth: Math.round(columnWidth * 0.78)
     readonly property bool focused: activeFocus && ListView.isCurrentItem
 
+    /// Whoever clicks a message goes on writing.
+    signal tapped
+
     width: ListView.view ? ListView.view.width : 0
     implicitHeight: body.y + body.height + (reactionsRow.visible ? reactionsRow.height + Theme.gap4 : 0)
     Accessible.role: Accessible.ListItem
@@ -119,5 +122,8 @@ FocusScope {
             labels: root.reactions
             own: root.own
         }
+    }
+    TapHandler {
+        onTapped: root.tapped()
     }
 }

@@ -20,9 +20,14 @@ FocusScope {
 
     readonly property int columnWidth: width - 2 * Theme.columnSide(width)
 
-    implicitHeight: notice.height + writing.height + 2 * Theme.gap12
+    implicitHeight: (notice.visible ? notice.implicitHeight + Theme.gap4 : 0) + writing.height + 2 * Theme.gap12
 
-    onIsInputFocusedChanged: if (isInputFocused && !writing.hasFocus) writing.write()
+    /// Gives the keyboard to the field, whatever in the bar had it last.
+    function write() {
+        writing.write();
+    }
+
+    onIsInputFocusedChanged: if (isInputFocused && !writing.hasFocus) write()
 
     Rectangle {
         anchors { left: parent.left; right: parent.right; top: parent.top }
@@ -32,7 +37,6 @@ FocusScope {
     FullNotice {
         id: notice
         anchors { left: writing.left; right: writing.right; top: parent.top; topMargin: Theme.gap4 }
-        height: visible ? implicitHeight + Theme.gap4 : 0
         field: writing
     }
     Row {

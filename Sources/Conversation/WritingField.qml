@@ -87,6 +87,7 @@ Rectangle {
             Accessible.role: Accessible.EditableText
             Accessible.name: placeholderText
 
+            Component.onCompleted: cursorPosition = length
             onTextChanged: {
                 if (length > WritingLimit.most)
                     remove(WritingLimit.most, length);

@@ -2,6 +2,7 @@
 #include "Support/OpenChatParts.h"
 #include "Support/ScreenWindow.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QRegularExpression>
 #include <QTest>
@@ -47,6 +48,25 @@ struct Window : OpenChatParts {
         return end <= messages()->height() && end > messages()->height() - 32;
     }
 
+    /// Everything that is a message's row, shown or kept for reuse.
+    QList<QQuickItem *> rows() const {
+        QList<QQuickItem *> rows;
+        const auto *content = messages()->property("contentItem").value<QQuickItem *>();
+        for (QQuickItem *item : content->childItems()) {
+            if (item->metaObject()->indexOfProperty("startsRun") >= 0)
+                rows.append(item);
+        }
+        return rows;
+    }
+    void add(const QString &text, const QString &sender = QStringLiteral("7")) const {
+        MessengerMessage record;
+        record.id = QString::number(screen->messages.count());
+        record.senderID = sender;
+        record.content = text;
+        record.timestamp = QDateTime::currentDateTimeUtc().addSecs(-60);
+        screen->messages.append(record);
+    }
+
     QQuickItem *input() const { return view.item("placeholderText", "Message..."); }
 };
 
@@ -70,6 +90,18 @@ private Q_SLOTS:
     void markupIsShownAsItStands();
     void theMenuOpensByKeyboard();
     void aLinkShowsWhereItLeadsAndOpensThere();
+    void onlyRowsNearTheViewAreMade();
+    void nothingInSightMovesWhileRowsComeIn();
+    void aRunOfLiveMessagesHasOneTail();
+    void keysWalkTheMessages();
+    void tabWalksOnFromTheInput();
+    void aClickOnAMessageLeadsToTheInput();
+    void whatIsSelectedInAMessageIsCopiedFromTheInput();
+    void aPasteThatIsTooLongIsCutAndSaidToBe();
+    void anEditKeepsItsLines();
+    void enterDeletesNothing();
+    void marksStayInTheirBubble();
+    void whatWasFoldedUnfolds();
     void everyKindOfMessageIsDrawnInEveryTheme_data();
     void everyKindOfMessageIsDrawnInEveryTheme();
 
@@ -197,6 +229,243 @@ void TestChatScreen::aLinkShowsWhereItLeadsAndOpensThere() {
     QTest::keyClick(&window.view, Qt::Key_Return);
     QTRY_COMPARE(m_opened.value(1), "https://b.example");
     QDesktopServices::unsetUrlHandler("https");
+}
+
+void TestChatScreen::onlyRowsNearTheViewAreMade() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    for (int number = 0; number < 10'000; ++number)
+        window.add(QStringLiteral("message %1").arg(number));
+    QTRY_VERIFY(window.showsNewest());
+    const auto made = [&] { return window.rows().size(); };
+    QVERIFY(made() > 5);
+    QVERIFY(made() < 100);
+    for (int page = 0; page < 50; ++page) {
+        window.messages()->setProperty("contentY", window.messages()->property("contentY").toDouble() - 500);
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(made() < 150);
+}
+
+void TestChatScreen::nothingInSightMovesWhileRowsComeIn() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    for (int number = 0; number < 300; ++number)
+        window.add(QString("line\n").repeated(number * 7 % 13) + QString::number(number));
+    QTRY_VERIFY(window.showsNewest());
+    QQuickItem *list = window.messages();
+    for (int step = 0; step < 200; ++step) {
+        QQuickItem *row = nullptr;
+        QMetaObject::invokeMethod(list, "itemAt", Q_RETURN_ARG(QQuickItem *, row), Q_ARG(double, 100),
+                                  Q_ARG(double, list->property("contentY").toDouble() + 200));
+        QVERIFY(row);
+        const double before = row->mapToItem(list, QPointF()).y();
+        list->setProperty("contentY", list->property("contentY").toDouble() - 37);
+        QCoreApplication::processEvents();
+        QCOMPARE(row->mapToItem(list, QPointF()).y(), before + 37);
+    }
+    // A message that is received is what the person is brought to.
+    window.add(QStringLiteral("new"));
+    QTRY_VERIFY(window.showsNewest());
+}
+
+void TestChatScreen::aRunOfLiveMessagesHasOneTail() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    for (int number = 0; number < 3; ++number)
+        window.add(QString::number(number), QStringLiteral("9"));
+    QTRY_COMPARE(window.rows().size(), 3);
+    int tails = 0;
+    for (const QQuickItem *row : window.rows())
+        tails += row->property("endsRun").toBool() ? 1 : 0;
+    QCOMPARE(tails, 1);
+    // The avatar stands at the one row that ends the run.
+    for (QQuickItem *row : window.rows())
+        QCOMPARE(findItem(row, "hueId", "9") != nullptr, row->property("endsRun").toBool());
+}
+
+void TestChatScreen::keysWalkTheMessages() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    for (int number = 0; number < 60; ++number)
+        window.add(QStringLiteral("message %1").arg(number));
+    QTRY_VERIFY(window.showsNewest());
+    window.messages()->forceActiveFocus();
+    const auto current = [&] { return window.messages()->property("currentIndex").toInt(); };
+    const auto press = [&](Qt::Key key) {
+        QTest::keyClick(&window.view, key);
+        return current();
+    };
+    QCOMPARE(current(), 0);
+    QVERIFY(window.row(0)->property("focused").toBool());
+    QCOMPARE(press(Qt::Key_Down), 0);
+    QCOMPARE(press(Qt::Key_Up), 1);
+    QCOMPARE(press(Qt::Key_Home), 59);
+    QVERIFY(window.row(59)->property("focused").toBool());
+    QVERIFY(window.row(59)->mapToItem(window.messages(), QPointF()).y() >= 0);
+    const int lower = press(Qt::Key_PageDown);
+    QVERIFY(lower < 55);
+    QCOMPARE(press(Qt::Key_PageUp), 59);
+    QCOMPARE(press(Qt::Key_End), 0);
+    QVERIFY(window.showsNewest());
+    QCOMPARE(press(Qt::Key_Escape), -1);
+    QVERIFY(window.input()->hasActiveFocus());
+}
+
+void TestChatScreen::tabWalksOnFromTheInput() {
+    Window window({message(QStringLiteral("hi"))});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
+    QTRY_VERIFY(window.view.item("text", "hi"));
+    const auto focused = [&] { return window.view.activeFocusItem()->property("text").toString(); };
+    window.view.type("x");
+    QStringList walked;
+    for (int step = 0; step < 2; ++step) {
+        QTest::keyClick(&window.view, Qt::Key_Tab);
+        walked.append(focused());
+    }
+    QCOMPARE(walked, (QStringList{"Send", "AI"}));
+    QCOMPARE(window.screen->inputText.value(), "x");
+    for (int step = 0; step < 3; ++step)
+        QTest::keyClick(&window.view, Qt::Key_Backtab);
+    QCOMPARE(focused(), "Poll");
+}
+
+void TestChatScreen::aClickOnAMessageLeadsToTheInput() {
+    Window window({message(QStringLiteral("hi there"))});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.view.item("text", "hi there"));
+    QTRY_VERIFY(window.showsNewest());
+    const auto leave = [&] { window.view.item("text", "AI")->forceActiveFocus(); };
+    leave();
+    window.view.click("hi there");
+    QTRY_VERIFY(window.input()->hasActiveFocus());
+    leave();
+    QQuickItem *text = window.view.item("text", "hi there");
+    QTest::mouseClick(&window.view, Qt::RightButton, {},
+                      text->mapToScene(text->boundingRect().center()).toPoint());
+    QTRY_VERIFY(window.view.showsAnywhere("text", "Star"));
+    QTRY_VERIFY(window.view.isSettled());
+    window.view.click("Star");
+    QTRY_VERIFY(window.screen->messages.at(0).isStarred);
+    QTRY_VERIFY(window.input()->hasActiveFocus());
+}
+
+void TestChatScreen::whatIsSelectedInAMessageIsCopiedFromTheInput() {
+    Window window({message(QStringLiteral("copy me"))});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.view.item("text", "copy me"));
+    QTRY_VERIFY(window.showsNewest());
+    QQuickItem *content = findItem(window.messages(), "readOnly", true);
+    QVERIFY(content);
+    const QPoint start = content->mapToScene(QPointF(1, 8)).toPoint();
+    const QPoint end = content->mapToScene(QPointF(content->width() + 4, 8)).toPoint();
+    QTest::mousePress(&window.view, Qt::LeftButton, {}, start);
+    QTest::mouseMove(&window.view, (start + end) / 2);
+    QTest::mouseMove(&window.view, end);
+    QTest::mouseRelease(&window.view, Qt::LeftButton, {}, end);
+    QTRY_COMPARE(content->property("selectedText").toString(), "copy me");
+    QGuiApplication::clipboard()->clear();
+    window.input()->forceActiveFocus();
+    QTest::keySequence(&window.view, QKeySequence::Copy);
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(), "copy me");
+    // What is selected in the input itself goes first.
+    window.view.type("abc");
+    QTest::keySequence(&window.view, QKeySequence::SelectAll);
+    QTest::keySequence(&window.view, QKeySequence::Copy);
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(), "abc");
+}
+
+void TestChatScreen::aPasteThatIsTooLongIsCutAndSaidToBe() {
+    constexpr int most = 65'536;
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
+    const QString notice =
+        QStringLiteral("A message holds 65536 characters. What is beyond that was left out.");
+    // The last place lies in the middle of an emoji.
+    QGuiApplication::clipboard()->setText(QStringLiteral("words and more 😀 ").repeated(50'000));
+    QTest::keySequence(&window.view, QKeySequence::Paste);
+    QCOMPARE(window.screen->inputText.value().size(), most - 1);
+    QVERIFY(window.screen->inputText.value().endsWith(u"more "));
+    QTRY_VERIFY(window.view.item("text", notice));
+    QTest::keySequence(&window.view, QKeySequence::SelectAll);
+    QGuiApplication::clipboard()->setText(QStringLiteral("short"));
+    QTest::keySequence(&window.view, QKeySequence::Paste);
+    QCOMPARE(window.screen->inputText.value(), "short");
+    QTRY_VERIFY(!window.view.item("text", notice));
+    // An offered reply comes from a server.
+    window.screen->inputText = QStringLiteral("words ").repeated(200'000);
+    QTRY_COMPARE(window.screen->inputText.value().size(), most);
+    QTRY_VERIFY(window.view.item("text", notice));
+}
+
+void TestChatScreen::anEditKeepsItsLines() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    window.add(QStringLiteral("one\ntwo\nthree"));
+    window.screen->editLastOwnMessage();
+    QQuickItem *field = nullptr;
+    QTRY_VERIFY((field = findItem(window.view.contentItem(), "placeholderText", "Message")));
+    QTRY_VERIFY(field->hasActiveFocus());
+    QCOMPARE(field->property("lineCount").toInt(), 3);
+    QVERIFY(field->parentItem()->parentItem()->height() >= field->property("contentHeight").toDouble());
+    window.view.takePicture("edit");
+    window.view.type("!");
+    QTest::keyClick(&window.view, Qt::Key_Return);
+    QTRY_VERIFY(!window.screen->showEditAlert);
+    QTRY_COMPARE(window.http.requests().last().body, R"({"content":"one\ntwo\nthree!","user_id":7})");
+}
+
+void TestChatScreen::enterDeletesNothing() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    window.add(QStringLiteral("keep me"));
+    window.screen->deleteMessage(window.screen->messages.at(0));
+    QTRY_VERIFY(window.view.showsAnywhere("text", "This action cannot be undone."));
+    QTRY_VERIFY(window.view.isSettled());
+    window.view.takePicture("delete");
+    const auto asked = window.http.requests().size();
+    QTest::keyClick(&window.view, Qt::Key_Return);
+    QTRY_VERIFY(!window.screen->deletingMessage.value());
+    QCOMPARE(window.http.requests().size(), asked);
+    QTRY_VERIFY(window.input()->hasActiveFocus());
+}
+
+void TestChatScreen::marksStayInTheirBubble() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    window.view.tokens()->setProperty("reducedMotion", true);
+    window.add(QStringLiteral("a") + QStringLiteral("\u0301").repeated(300), QStringLiteral("7"));
+    QTRY_VERIFY(window.showsNewest());
+    const QPointF top = window.row(0)->mapToItem(window.view.contentItem(), QPointF());
+    const QImage picture = window.view.grabWindow();
+    for (int y = int(window.messages()->mapToScene(QPointF()).y()); y < int(top.y()) - 4; ++y)
+        for (int x = picture.width() / 2; x < picture.width() - 12; ++x)
+            QCOMPARE(picture.pixelColor(x, y), window.view.color());
+}
+
+void TestChatScreen::whatWasFoldedUnfolds() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    window.screen->chatContext = QString("A line of context.\n").repeated(12);
+    QQuickItem *button = nullptr;
+    QTRY_VERIFY((button = window.view.item("text", "Show all")));
+    const QQuickItem *text = button->parentItem()->childItems().first();
+    QCOMPARE(text->property("lineCount").toInt(), 3);
+    // A frame puts everything in its place.
+    window.view.grabWindow();
+    window.view.click("Show all");
+    QTRY_VERIFY(text->property("lineCount").toInt() >= 12);
+    QTRY_VERIFY(window.view.item("text", "Show less"));
 }
 
 void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme_data() {
