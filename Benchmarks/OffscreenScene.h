@@ -37,17 +37,20 @@ class OffscreenScene {
 public:
     OffscreenScene(const QUrl &file, const QVariantMap &properties, QSize size)
         : m_image(size, QImage::Format_ARGB32_Premultiplied)
-        , m_window(&m_control) {
-        m_engine.addImportPath(QStringLiteral("qrc:/"));
-        m_engine.addImageProvider(QStringLiteral("symbol"), new SymbolImages);
+        , m_window(&m_control)
+        , m_component((prepare(m_engine), &m_engine), file) {
         m_window.resize(size);
         m_window.contentItem()->setSize(size);
         m_window.setRenderTarget(QQuickRenderTarget::fromPaintDevice(&m_image));
-        QQmlComponent component(&m_engine, file);
-        m_root.reset(qobject_cast<QQuickItem *>(component.createWithInitialProperties(properties)));
+        build(properties);
+    }
+
+    /// The screen once more, in place of the one before.
+    void build(const QVariantMap &properties) {
+        m_root.reset(qobject_cast<QQuickItem *>(m_component.createWithInitialProperties(properties)));
         if (!m_root)
-            qFatal("%s", qUtf8Printable(component.errorString()));
-        m_root->setSize(size);
+            qFatal("%s", qUtf8Printable(m_component.errorString()));
+        m_root->setSize(m_window.size());
         m_root->setParentItem(m_window.contentItem());
     }
 
@@ -75,10 +78,16 @@ public:
     }
 
 private:
+    static void prepare(QQmlEngine &engine) {
+        engine.addImportPath(QStringLiteral("qrc:/"));
+        engine.addImageProvider(QStringLiteral("symbol"), new SymbolImages);
+    }
+
     QImage m_image;
     QQmlEngine m_engine;
     QQuickRenderControl m_control;
     QQuickWindow m_window;
+    QQmlComponent m_component;
     std::unique_ptr<QQuickItem> m_root;
 };
 

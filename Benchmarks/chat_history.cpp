@@ -23,9 +23,9 @@ QJsonObject record(int number) {
         {u"reactions"_s, QJsonArray()}};
 }
 
-QByteArray historyAnswer() {
+QByteArray historyAnswer(int count = HistoryLoader::pageSize) {
     QJsonArray messages;
-    for (int number = 0; number < HistoryLoader::pageSize; ++number)
+    for (int number = 0; number < count; ++number)
         messages.append(record(number));
     return json::compact({{u"messages"_s, messages}});
 }
@@ -59,7 +59,7 @@ void measureRows(const QByteArray &history) {
         "50 messages to visible rows / JSON parse", 41,
         [&] {
             const auto next = desk.screen();
-            scene.root()->setProperty("screen", QVariant::fromValue(next.get()));
+            scene.build({{u"screen"_s, QVariant::fromValue(next.get())}});
             shown = next;
             next->loadMessages();
             awaitHistory(*next);
@@ -92,6 +92,39 @@ void measureAppending(const QByteArray &history) {
                 bare.append(message);
             return bare.count();
         });
+}
+
+/// What many messages of one chat leave in memory while it is open, against their bare records.
+void measureManyMessages() {
+    constexpr int many = 10'000;
+    const QByteArray everything = historyAnswer(many);
+    for (const bool live : {true, false}) {
+        OneChat desk(live ? historyAnswer(0) : everything);
+        const auto screen = desk.screen();
+        benchmarks::OffscreenScene scene(QUrl(u"qrc:/OrvaneTalk/Conversation/ChatScreen.qml"_s),
+                                         {{u"screen"_s, QVariant::fromValue(screen.get())}}, window);
+        scene.frame();
+        const double before = benchmarks::heapInUse();
+        screen->loadMessages();
+        awaitHistory(*screen);
+        for (int number = 0; live && number < many; ++number) {
+            Q_EMIT desk.socket.events(
+                {u"messenger_message"_s, {{u"chat_id"_s, u"c"_s}, {u"message"_s, record(number)}}});
+            if (number % 100 == 0)
+                scene.frame();
+        }
+        scene.frame();
+        scene.engine().collectGarbage();
+        desk.http.reset();
+        const double after = benchmarks::heapInUse() - before;
+        RecordList<MessengerMessage> bare;
+        const double empty = benchmarks::heapInUse();
+        for (int number = 0; number < many; ++number)
+            bare.append(*MessengerMessage::fromHistory(u"c"_s, record(number)));
+        benchmarks::printHeapRatio(live ? "10,000 live messages / bare records"
+                                        : "10,000 messages of history / bare records",
+                                   after, benchmarks::heapInUse() - empty);
+    }
 }
 
 void measureMemory(const QByteArray &history) {
@@ -128,6 +161,7 @@ int main(int argc, char **argv) {
     const QByteArray history = historyAnswer();
     measureRows(history);
     measureAppending(history);
+    measureManyMessages();
     measureMemory(history);
     return 0;
 }
