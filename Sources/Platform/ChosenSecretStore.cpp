@@ -12,17 +12,37 @@
 
 namespace orvane {
 
+namespace {
+
+// In the order of the choices.
+constexpr const char *markers[] = {"", "keyring", "file", "both"};
+
+bool isAway(qint32 status) {
+    return status == SecretStatus::notAvailable || status == SecretStatus::unanswered;
+}
+
+// What a keyring keeps back for now is not missing, lest somebody puts another in its place.
+bool fileDecides(qint32 keyring, qint32 file) {
+    return keyring == SecretStatus::itemNotFound || keyring == SecretStatus::notAvailable ||
+           (keyring != SecretStatus::success && file == SecretStatus::success);
+}
+
+} // namespace
+
 ChosenSecretStore::ChosenSecretStore(std::unique_ptr<SecretStore> keyring, std::unique_ptr<SecretStore> file,
                                      const QString &folder)
     : m_keyring(std::move(keyring))
     , m_file(std::move(file))
     , m_marker(folder + QStringLiteral("/secret-store")) {
+    connect(m_keyring.get(), &SecretStore::opened, this, &SecretStore::opened);
     QFile marker(m_marker);
     if (!marker.open(QIODevice::ReadOnly))
         return;
     const QByteArray name = marker.readAll().trimmed();
-    m_remembered = name == "keyring" || name == "file";
-    m_choice = name == "file" ? Choice::file : Choice::keyring;
+    for (const Choice choice : {Choice::keyring, Choice::file, Choice::both}) {
+        if (name == markers[int(choice)])
+            m_choice = choice;
+    }
 }
 
 std::unique_ptr<SecretStore> ChosenSecretStore::forThisDesktop() {
@@ -35,49 +55,57 @@ std::unique_ptr<SecretStore> ChosenSecretStore::forThisDesktop() {
 qint32 ChosenSecretStore::add(const QString &service, const QString &account, const QString &label,
                               const QByteArray &data) {
     const QMutexLocker lock(&m_calls);
-    qint32 status = current().add(service, account, label, data);
-    if (fallBack(status))
-        status = current().add(service, account, label, data);
-    if (status == SecretStatus::success)
-        remember();
-    return status;
+    if (m_choice == Choice::file)
+        return m_file->add(service, account, label, data);
+    const qint32 status = m_keyring->add(service, account, label, data);
+    if (status == SecretStatus::success && m_choice == Choice::none)
+        remember(Choice::keyring);
+    if (!isAway(status) || m_choice == Choice::keyring)
+        return status;
+    const qint32 written = m_file->add(service, account, label, data);
+    if (written == SecretStatus::success && m_choice == Choice::none)
+        remember(status == SecretStatus::notAvailable ? Choice::file : Choice::both);
+    return written;
 }
 
 SecretStore::Match ChosenSecretStore::copyMatching(const QString &service, const QString &account) {
     const QMutexLocker lock(&m_calls);
-    Match match = current().copyMatching(service, account);
-    if (fallBack(match.status))
-        match = current().copyMatching(service, account);
-    return match;
+    if (m_choice == Choice::file)
+        return m_file->copyMatching(service, account);
+    Match match = m_keyring->copyMatching(service, account);
+    if (match.status == SecretStatus::success || m_choice == Choice::keyring)
+        return match;
+    Match kept = m_file->copyMatching(service, account);
+    return fileDecides(match.status, kept.status) ? kept : match;
 }
 
 qint32 ChosenSecretStore::remove(const QString &service, const QString &account) {
     const QMutexLocker lock(&m_calls);
-    const qint32 status = current().remove(service, account);
-    return fallBack(status) ? current().remove(service, account) : status;
+    if (m_choice == Choice::file)
+        return m_file->remove(service, account);
+    const qint32 status = m_keyring->remove(service, account);
+    if (m_choice == Choice::keyring)
+        return status;
+    const qint32 removed = m_file->remove(service, account);
+    return fileDecides(status, removed) ? removed : status;
 }
 
-bool ChosenSecretStore::fallBack(qint32 status) {
-    if (m_remembered || m_choice == Choice::file || status != SecretStatus::notAvailable)
-        return false;
-    logLine(QStringLiteral("[SecretStore] No keyring answers: credentials are kept in a file of this user"));
-    m_choice = Choice::file;
-    return true;
+void ChosenSecretStore::allowFile() {
+    const QMutexLocker lock(&m_calls);
+    if (m_choice != Choice::file && m_choice != Choice::both)
+        remember(Choice::both);
 }
 
-void ChosenSecretStore::remember() {
-    if (m_remembered)
-        return;
-    m_remembered = true;
+void ChosenSecretStore::remember(Choice choice) {
+    m_choice = choice;
+    if (choice != Choice::keyring)
+        logLine(
+            QStringLiteral("[SecretStore] No keyring answers: credentials are kept in a file of this user"));
     QDir().mkpath(QFileInfo(m_marker).path());
     QSaveFile marker(m_marker);
-    if (!marker.open(QIODevice::WriteOnly) ||
-        marker.write(m_choice == Choice::file ? "file\n" : "keyring\n") < 0 || !marker.commit())
+    const QByteArray name = markers[int(choice)] + QByteArray("\n");
+    if (!marker.open(QIODevice::WriteOnly) || marker.write(name) != name.size() || !marker.commit())
         logLine(QStringLiteral("[SecretStore] The choice of the store could not be written down"));
-}
-
-SecretStore &ChosenSecretStore::current() {
-    return m_choice == Choice::file ? *m_file : *m_keyring;
 }
 
 } // namespace orvane

@@ -1,113 +1,86 @@
 #include "Platform/SecretServiceStore.h"
 
-#include <libsecret/secret.h>
+#include <QDeadlineTimer>
+#include <QWaitCondition>
 
-#include <memory>
+#include <utility>
 
 namespace orvane {
 
-namespace {
-
-const SecretSchema &schema() {
-    static const SecretSchema value{
-        "com.orvanetalk.OrvaneTalk",
-        SECRET_SCHEMA_NONE,
-        {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING}, {"account", SECRET_SCHEMA_ATTRIBUTE_STRING}},
-        0,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr};
-    return value;
-}
-
-struct FreeError {
-    void operator()(GError *error) const { g_error_free(error); }
-};
-using Error = std::unique_ptr<GError, FreeError>;
-
-struct UnrefValue {
-    void operator()(SecretValue *value) const { secret_value_unref(value); }
-};
-using Value = std::unique_ptr<SecretValue, UnrefValue>;
-
-// The bus says in several ways that there is nobody to ask.
-qint32 statusOf(const GError &error) {
-    const bool nobody =
-        error.domain == g_io_error_quark() || error.domain == g_spawn_error_quark() ||
-        (error.domain == g_dbus_error_quark() &&
-         (error.code == G_DBUS_ERROR_SERVICE_UNKNOWN || error.code == G_DBUS_ERROR_NAME_HAS_NO_OWNER ||
-          error.code == G_DBUS_ERROR_NO_SERVER || error.code == G_DBUS_ERROR_SPAWN_SERVICE_NOT_FOUND ||
-          error.code == G_DBUS_ERROR_SPAWN_EXEC_FAILED || error.code == G_DBUS_ERROR_SPAWN_CHILD_EXITED ||
-          error.code == G_DBUS_ERROR_DISCONNECTED || error.code == G_DBUS_ERROR_NO_REPLY)) ||
-        g_error_matches(&error, secret_error_get_quark(), SECRET_ERROR_IS_LOCKED) ||
-        g_error_matches(&error, secret_error_get_quark(), SECRET_ERROR_PROTOCOL);
-    if (nobody || error.code == SecretStatus::success)
-        return SecretStatus::notAvailable;
-    return error.code;
-}
-
-struct UnrefObject {
-    void operator()(gpointer object) const { g_object_unref(object); }
+struct SecretServiceStore::Call {
+    QWaitCondition answered;
+    std::optional<Match> answer;
 };
 
-// Storing into a keyring that is locked or yet to be made opens a dialog and waits for it without end.
-qint32 readyToStore() {
-    GError *raw = nullptr;
-    const std::unique_ptr<SecretService, UnrefObject> service(
-        secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, &raw));
-    if (const Error error(raw); error)
-        return statusOf(*error);
-    const std::unique_ptr<SecretCollection, UnrefObject> keyring(secret_collection_for_alias_sync(
-        service.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, &raw));
-    if (const Error error(raw); error)
-        return statusOf(*error);
-    return keyring && secret_collection_get_locked(keyring.get()) == 0 ? SecretStatus::success
-                                                                       : SecretStatus::notAvailable;
+SecretServiceStore::SecretServiceStore(int milliseconds)
+    : m_patienceMs(milliseconds) {
+    m_thread.setMaxThreadCount(1);
 }
 
-} // namespace
+SecretServiceStore::~SecretServiceStore() {
+    m_client.cancel();
+    m_thread.waitForDone();
+}
 
 qint32 SecretServiceStore::add(const QString &service, const QString &account, const QString &label,
                                const QByteArray &data) {
-    if (const qint32 status = readyToStore(); status != SecretStatus::success)
-        return status;
-    const Value value(secret_value_new(data.constData(), data.size(), "application/octet-stream"));
-    GError *raw = nullptr;
-    secret_password_store_binary_sync(&schema(), SECRET_COLLECTION_DEFAULT, label.toUtf8().constData(),
-                                      value.get(), nullptr, &raw, "service", service.toUtf8().constData(),
-                                      "account", account.toUtf8().constData(), nullptr);
-    const Error error(raw);
-    return error ? statusOf(*error) : SecretStatus::success;
+    return perform([=, this] { return Match{m_client.add(service, account, label, data), {}}; }, {}).status;
 }
 
 SecretStore::Match SecretServiceStore::copyMatching(const QString &service, const QString &account) {
-    GError *raw = nullptr;
-    const Value value(secret_password_lookup_binary_sync(&schema(), nullptr, &raw, "service",
-                                                         service.toUtf8().constData(), "account",
-                                                         account.toUtf8().constData(), nullptr));
-    const Error error(raw);
-    if (error)
-        return {statusOf(*error), {}};
-    if (!value)
-        return {SecretStatus::itemNotFound, {}};
-    gsize size = 0;
-    const gchar *bytes = secret_value_get(value.get(), &size);
-    return {SecretStatus::success, QByteArray(bytes, qsizetype(size))};
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (m_late && m_late->service == service && m_late->account == account)
+            return m_late->match;
+    }
+    return perform([=, this] { return m_client.copyMatching(service, account); },
+                   [=, this](const Match &match) {
+                       tellOfLate({service, account, match});
+                   });
 }
 
 qint32 SecretServiceStore::remove(const QString &service, const QString &account) {
-    GError *raw = nullptr;
-    const bool removed =
-        secret_password_clear_sync(&schema(), nullptr, &raw, "service", service.toUtf8().constData(),
-                                   "account", account.toUtf8().constData(), nullptr) != 0;
-    const Error error(raw);
-    if (error)
-        return statusOf(*error);
-    return removed ? SecretStatus::success : SecretStatus::itemNotFound;
+    return perform([=, this] { return Match{m_client.remove(service, account), {}}; }, {}).status;
+}
+
+SecretStore::Match SecretServiceStore::perform(std::function<Match()> work,
+                                               std::function<void(const Match &)> late) {
+    QMutexLocker lock(&m_mutex);
+    if (m_givenUp)
+        return {SecretStatus::unanswered, {}};
+    const auto call = std::make_shared<Call>();
+    m_thread.start([this, call, work = std::move(work), late = std::move(late)] {
+        Match match = work();
+        const QMutexLocker done(&m_mutex);
+        if (m_givenUp == call) {
+            m_givenUp.reset();
+            if (late)
+                QMetaObject::invokeMethod(
+                    this, [late, match] { late(match); }, Qt::QueuedConnection);
+            return;
+        }
+        call->answer = std::move(match);
+        call->answered.wakeAll();
+    });
+    const QDeadlineTimer deadline(m_patienceMs);
+    while (!call->answer && call->answered.wait(&m_mutex, deadline)) {
+    }
+    if (call->answer)
+        return *std::exchange(call->answer, std::nullopt);
+    m_givenUp = call;
+    return {SecretStatus::unanswered, {}};
+}
+
+void SecretServiceStore::tellOfLate(const Late &late) {
+    if (late.match.status != SecretStatus::success && late.match.status != SecretStatus::itemNotFound)
+        return;
+    const auto keep = [this](std::optional<Late> answer) {
+        const QMutexLocker lock(&m_mutex);
+        m_late = std::move(answer);
+    };
+    keep(late);
+    Q_EMIT opened();
+    keep(std::nullopt);
 }
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QObject>
 #include <QString>
 
 namespace orvane {
@@ -9,8 +10,10 @@ namespace orvane {
 namespace SecretStatus {
 inline constexpr qint32 success = 0;
 inline constexpr qint32 itemNotFound = -25300;
-/// No store answers.
+/// There is no store.
 inline constexpr qint32 notAvailable = -25291;
+/// There is a store, but for now it is locked, or it does not answer.
+inline constexpr qint32 unanswered = -25315;
 /// The store's own file can't be read back.
 inline constexpr qint32 damaged = -26275;
 /// The store's own file can't be written.
@@ -18,8 +21,10 @@ inline constexpr qint32 notWritten = -61;
 } // namespace SecretStatus
 
 /// The platform's store of secrets: items of bytes, each under a service and an account. One thread at a
-/// time; calls may take a few milliseconds.
-class SecretStore {
+/// time. Calls take a few milliseconds as a rule, and about a second at most.
+class SecretStore : public QObject {
+    Q_OBJECT
+
 public:
     struct Match {
         qint32 status = SecretStatus::itemNotFound;
@@ -27,18 +32,19 @@ public:
         QByteArray data;
     };
 
-    virtual ~SecretStore() = default;
-
     /// `label` is for a human who looks at the store. An item under the same service and account is replaced.
     virtual qint32 add(const QString &service, const QString &account, const QString &label,
                        const QByteArray &data) = 0;
     virtual Match copyMatching(const QString &service, const QString &account) = 0;
     virtual qint32 remove(const QString &service, const QString &account) = 0;
 
-protected:
-    SecretStore() = default;
-    SecretStore(const SecretStore &) = default;
-    SecretStore &operator=(const SecretStore &) = default;
+    /// The person agrees that a file of theirs takes what the keyring can't.
+    virtual void allowFile() {}
+
+Q_SIGNALS:
+    /// A read that was answered with `unanswered` has found its answer after all: it is worth another try. On
+    /// the thread that made the store.
+    void opened();
 };
 
 } // namespace orvane

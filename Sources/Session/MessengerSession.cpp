@@ -21,12 +21,15 @@ MessengerSession::MessengerSession(std::unique_ptr<SecretStore> store,
     , keychain(std::move(store))
     , defaults(std::move(userDefaults)) {
     restoreDevice();
-    try {
-        restoreUser();
-    } catch (const KeychainError &) {
-        // Dropped on purpose: a store that can't be read counts as an empty one, and the person signs in
-        // again.
-    }
+    restoreUser();
+    if (isLoggedIn)
+        return;
+    // What nobody could delete at a sign-out must not sign in again by itself.
+    const auto waiting =
+        connect(&keychain.store(), &SecretStore::opened, this, &MessengerSession::restoreUser);
+    connect(
+        this, &MessengerSession::isLoggedInChanged, this, [waiting] { disconnect(waiting); },
+        Qt::SingleShotConnection);
 }
 
 MessengerSession &MessengerSession::shared() {
@@ -80,6 +83,15 @@ void MessengerSession::restoreDevice() {
 }
 
 void MessengerSession::restoreUser() {
+    try {
+        readUser();
+    } catch (const KeychainError &) {
+        // Dropped on purpose: a store that can't be read counts as an empty one, and the person signs in
+        // again.
+    }
+}
+
+void MessengerSession::readUser() {
     const auto storedToken = keychain.getToken();
     if (!storedToken)
         return;

@@ -13,7 +13,8 @@
 namespace orvane {
 
 /// Who is signed in on this machine, and as which device. Its creation restores the last sign-in from the
-/// secret store; whatever is missing or unreadable there means signed out, without a word. Main thread.
+/// secret store; whatever is missing or unreadable there means signed out, without a word. A store that opens
+/// only later gives the sign-in then, unless somebody has signed in meanwhile. Main thread.
 ///
 ///     signed out --(AuthView)--> signed in --(logout)--> signed out
 class MessengerSession : public QObject {
@@ -57,6 +58,7 @@ public:
 private:
     void restoreDevice();
     void restoreUser();
+    void readUser();
 
     std::unique_ptr<UserDefaults> defaults;
 };

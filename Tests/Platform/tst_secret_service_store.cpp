@@ -1,7 +1,10 @@
 #include "Platform/SecretServiceStore.h"
+#include "Support/LockedKeyring.h"
 #include "Support/SecretServiceSession.h"
 #include "Support/StoreBytes.h"
 #include "Support/TestMain.h"
+
+#include <QSignalSpy>
 
 using namespace orvane;
 
@@ -25,6 +28,10 @@ private Q_SLOTS:
     void labelIsForHumans();
     void killedDaemonIsToldAndComesBackWithItsItems();
     void lockedKeyringIsToldWithoutHanging();
+    void silentServiceIsAskedOnceAndHeardLater();
+    void lateChangesAreMadeWithoutAWord();
+    void storeEndsWhileItsServiceIsSilent();
+    void lockedKeyringGivesItsItemsOnceItsDialogIsAnswered();
     void lostBusIsToldWithoutHanging();
 
 private:
@@ -92,6 +99,77 @@ void TestSecretServiceStore::lockedKeyringIsToldWithoutHanging() {
     m_session.killDaemon();
     QVERIFY(m_session.startDaemon());
     QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).data, "1");
+}
+
+void TestSecretServiceStore::silentServiceIsAskedOnceAndHeardLater() {
+    const QString a = QStringLiteral("a");
+    const QString other = QStringLiteral("A");
+    m_session.pauseDaemon();
+    QCOMPARE(m_store.copyMatching(service, a).status, SecretStatus::unanswered);
+    // Refused now, none of these may happen later.
+    QCOMPARE(m_store.copyMatching(service, other).status, SecretStatus::unanswered);
+    QCOMPARE(m_store.remove(service, a), SecretStatus::unanswered);
+    QCOMPARE(m_store.add(service, a, label, "late"), SecretStatus::unanswered);
+
+    QStringList heard;
+    const auto following = connect(&m_store, &SecretStore::opened, this, [&] {
+        const QStringList wanted = heard.isEmpty() ? QStringList{a, other} : QStringList{other};
+        heard.append(QString());
+        // However slow the service stays, what it has said counts, and for nothing else.
+        m_session.pauseDaemon();
+        for (const QString &account : wanted)
+            heard.last() += QString::fromLatin1(m_store.copyMatching(service, account).data);
+        m_session.resumeDaemon();
+    });
+    m_session.resumeDaemon();
+    QTRY_COMPARE(heard, (QStringList{QStringLiteral("1"), QStringLiteral("2")}));
+    disconnect(following);
+    QCOMPARE(m_store.copyMatching(service, a).data, "1");
+}
+
+void TestSecretServiceStore::lateChangesAreMadeWithoutAWord() {
+    const QString account = QStringLiteral("late");
+    const QSignalSpy opened(&m_store, &SecretStore::opened);
+    m_session.pauseDaemon();
+    QCOMPARE(m_store.add(service, account, label, "1"), SecretStatus::unanswered);
+    m_session.resumeDaemon();
+    QTRY_COMPARE(m_store.copyMatching(service, account).data, "1");
+    QCOMPARE(opened.size(), 0);
+    QCOMPARE(m_store.remove(service, account), SecretStatus::success);
+}
+
+void TestSecretServiceStore::storeEndsWhileItsServiceIsSilent() {
+    m_session.pauseDaemon();
+    {
+        SecretServiceStore store(1);
+        QCOMPARE(store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::unanswered);
+    }
+    m_session.resumeDaemon();
+}
+
+void TestSecretServiceStore::lockedKeyringGivesItsItemsOnceItsDialogIsAnswered() {
+    const QString account = QStringLiteral("a");
+    m_session.killDaemon();
+    LockedKeyring keyring;
+    QVERIFY(keyring.start(R"({"a": "1"})"));
+    SecretServiceStore store;
+    const QSignalSpy opened(&store, &SecretStore::opened);
+    QCOMPARE(store.remove(service, account), SecretStatus::unanswered);
+    QCOMPARE(store.add(service, account, label, "2"), SecretStatus::unanswered);
+    QCOMPARE(store.copyMatching(service, QStringLiteral("b")).status, SecretStatus::itemNotFound);
+    QVERIFY(!keyring.asks(0));
+
+    QCOMPARE(store.copyMatching(service, account).status, SecretStatus::unanswered);
+    QVERIFY(keyring.asks(20'000));
+    keyring.answer("dismiss");
+    bool asksAgain = false;
+    QTRY_VERIFY((asksAgain = asksAgain || (store.copyMatching(service, account), keyring.asks(50))));
+    QCOMPARE(opened.size(), 0);
+    keyring.answer("open");
+    QTRY_COMPARE(opened.size(), 1);
+    QCOMPARE(store.copyMatching(service, account).data, "1");
+    keyring.end();
+    QVERIFY(m_session.startDaemon());
 }
 
 void TestSecretServiceStore::lostBusIsToldWithoutHanging() {

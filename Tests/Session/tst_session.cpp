@@ -30,6 +30,8 @@ private Q_SLOTS:
     void restoreSurvivesAStoreThatFailsAtEachCall();
     void restoreTakesTheMatrixIdOfASignedInUserOnly_data();
     void restoreTakesTheMatrixIdOfASignedInUserOnly();
+    void storeThatOpensLaterGivesTheSignIn_data();
+    void storeThatOpensLaterGivesTheSignIn();
     void deviceIdIsMadeOnceAndKept();
     void emptyDeviceIdIsReplaced();
     void adoptedValuesComeBackAfterARestart();
@@ -131,6 +133,34 @@ void TestSession::restoreTakesTheMatrixIdOfASignedInUserOnly() {
     UserDefaults(path()).set(QStringLiteral("ot_matrix_id"), QStringLiteral("@anna:example.org"));
     QCOMPARE(start(secrets)->matrixId.value().value_or(QString()),
              signedIn ? QStringLiteral("@anna:example.org") : QString());
+}
+
+void TestSession::storeThatOpensLaterGivesTheSignIn_data() {
+    QTest::addColumn<QString>("meanwhile");
+    QTest::addColumn<QString>("token");
+    QTest::newRow("nothing") << QString() << QStringLiteral("t");
+    QTest::newRow("somebody signs in") << QStringLiteral("in") << QStringLiteral("theirs");
+    QTest::newRow("somebody signs in and out") << QStringLiteral("in, out") << QString();
+}
+
+void TestSession::storeThatOpensLaterGivesTheSignIn() {
+    QFETCH(QString, meanwhile);
+    const auto secrets = ::signedIn();
+    secrets->failingCall = 0;
+    const auto session = start(secrets);
+    QVERIFY(!session->isLoggedIn.value());
+    if (meanwhile.startsWith(u"in")) {
+        session->token = QStringLiteral("theirs");
+        session->isLoggedIn = true;
+    }
+    if (meanwhile.endsWith(u"out")) {
+        // The items stay.
+        secrets->failingCall = secrets->calls.size();
+        session->logout();
+    }
+    Q_EMIT session->keychain.store().opened();
+    QTEST(session->token.value_or(QString()), "token");
+    QCOMPARE(session->isLoggedIn.value(), session->token.has_value());
 }
 
 void TestSession::deviceIdIsMadeOnceAndKept() {

@@ -67,8 +67,18 @@ void SecretServiceSession::killDaemon() {
     m_daemon.waitForFinished();
 }
 
+void SecretServiceSession::pauseDaemon() {
+    ::kill(pid_t(m_daemon.processId()), SIGSTOP);
+}
+
+void SecretServiceSession::resumeDaemon() {
+    ::kill(pid_t(m_daemon.processId()), SIGCONT);
+}
+
 void SecretServiceSession::lock() {
-    SecretService *service = secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, nullptr);
+    // Not the one that this process remembers: its daemon may have gone.
+    SecretService *service =
+        secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_NONE, nullptr, nullptr);
     SecretCollection *collection = secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT,
                                                                     SECRET_COLLECTION_NONE, nullptr, nullptr);
     GList *objects = g_list_append(nullptr, collection);

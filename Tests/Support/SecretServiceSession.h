@@ -20,6 +20,9 @@ public:
     bool startDaemon();
     /// Without a chance to say goodbye.
     void killDaemon();
+    /// It hears and says nothing meanwhile.
+    void pauseDaemon();
+    void resumeDaemon();
     /// Locks the keyring that new items go to.
     void lock();
     void killBus() { m_bus.kill(); }
