@@ -83,6 +83,13 @@ FocusScope {
                 Accessible.role: Accessible.AlertMessage
                 Accessible.name: text
             }
+            SwitchRow {
+                width: parent.width
+                visible: root.screen.offersFile
+                text: "Keep sign-ins in a file"
+                checked: root.screen.keepInFile
+                onToggled: root.screen.keepInFile = checked
+            }
             PrimaryButton {
                 id: primary
                 width: parent.width

@@ -51,6 +51,9 @@ QCoro::Task<void> AuthView::registerDevice(Self self) {
 
 void AuthView::complete(const HttpAnswer &answer) {
     isLoading = false;
+    // The keyring opened meanwhile and had a sign-in.
+    if (m_session.isLoggedIn)
+        return;
     if (!answer.transportError.isNull())
         errorMessage = QStringLiteral("Ошибка сети: ") + answer.transportError;
     else if (answer.status == 0)
@@ -70,10 +73,14 @@ void AuthView::handleAuthSuccess(const QByteArray &data) {
     if (!answer->deviceId.isEmpty() && answer->deviceId != m_session.deviceId.value())
         m_session.adoptDeviceId(answer->deviceId);
     try {
+        if (keepInFile)
+            m_session.keychain.store().allowFile();
         m_session.keychain.saveToken(answer->token);
         m_session.keychain.saveUserInfo(answer->username, answer->userId);
     } catch (const KeychainError &error) {
         errorMessage = QStringLiteral("Ошибка сохранения: ") + localizedDescription(error);
+        if (error.isKeyringAway())
+            offersFile = true;
         return;
     }
     m_session.token = answer->token;

@@ -31,6 +31,10 @@ class AuthView : public QObject, public std::enable_shared_from_this<AuthView> {
     OBSERVABLE(bool, isLoading)
     /// Null while there is nothing to say.
     OBSERVABLE(QString, errorMessage)
+    /// The keyring has not taken a sign-in: the person may choose to keep it in a file.
+    OBSERVABLE(bool, offersFile)
+    /// The choice, for the next sign-in on.
+    OBSERVABLE(bool, keepInFile)
 
 public:
     /// Milliseconds without a byte after which a request is given up.

@@ -15,6 +15,8 @@ public:
 
     Kind kind() const { return m_kind; }
     qint32 status() const { return m_status; }
+    /// Another store may do it.
+    bool isKeyringAway() const;
 
 private:
     Kind m_kind;

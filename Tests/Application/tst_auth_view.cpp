@@ -45,6 +45,9 @@ private Q_SLOTS:
     void optionalKeysAreTakenOnlyInTheirType();
     void aStoreThatRefusesLeavesTheUserSignedOut_data();
     void aStoreThatRefusesLeavesTheUserSignedOut();
+    void keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice_data();
+    void keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice();
+    void keyringThatOpensMeanwhileWins();
     void flippingTheModeClearsTheError();
     void anAnswerAfterTheFormIsGoneIsHarmless();
 };
@@ -279,7 +282,53 @@ void TestAuthView::aStoreThatRefusesLeavesTheUserSignedOut() {
     QVERIFY(!parts.session.token);
     QVERIFY(view->errorMessage.value().startsWith(QStringLiteral("Ошибка сохранения: ")));
     QVERIFY(view->errorMessage.value().contains(QString::number(parts.secrets->failure)));
+    QVERIFY(!view->offersFile);
     QCOMPARE(parts.secrets->items.keys(), leftInStore);
+}
+
+void TestAuthView::keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice_data() {
+    QTest::addColumn<qint32>("status");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("gone") << SecretStatus::notAvailable << "There is no keyring on this desktop.";
+    QTest::newRow("locked") << SecretStatus::unanswered << "The keyring is locked or does not answer.";
+}
+
+void TestAuthView::keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice() {
+    QFETCH(qint32, status);
+    QFETCH(QString, words);
+    ClientParts parts;
+    parts.secrets->failure = status;
+    const auto view = form(parts);
+    for (int round = 0; round < 2; ++round) {
+        parts.http.answerNext(ScriptedAnswer::of(200, success()));
+        parts.secrets->failingCall = parts.secrets->calls.size() + 1;
+        submitAndWait(*view);
+        QCOMPARE(view->errorMessage.value(), QStringLiteral("Ошибка сохранения: ") + words);
+        QVERIFY(view->offersFile);
+        QVERIFY(!parts.secrets->mayUseFile);
+    }
+    view->keepInFile = true;
+    parts.http.answerNext(ScriptedAnswer::of(200, success()));
+    submitAndWait(*view);
+    QVERIFY(parts.secrets->mayUseFile);
+    QVERIFY(parts.session.isLoggedIn);
+}
+
+void TestAuthView::keyringThatOpensMeanwhileWins() {
+    ClientParts parts;
+    const auto view = form(parts);
+    parts.http.answerNext(ScriptedAnswer::of(200, success()).heldBack());
+    view->submit();
+    QTRY_COMPARE(parts.http.requests().size(), 1);
+    parts.secrets->items = {{QStringLiteral("auth_token"), "stored"},
+                            {QStringLiteral("auth_username"), "boris"},
+                            {QStringLiteral("auth_user_id"), "9"}};
+    Q_EMIT parts.session.keychain.store().opened();
+    parts.http.release();
+    QTRY_VERIFY(!view->isLoading);
+    QCOMPARE(parts.session.token, QStringLiteral("stored"));
+    QCOMPARE(parts.session.currentUserId.value(), 9);
+    QCOMPARE(parts.secrets->items.value(QStringLiteral("auth_token")), "stored");
 }
 
 void TestAuthView::flippingTheModeClearsTheError() {

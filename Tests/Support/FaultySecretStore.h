@@ -17,6 +17,7 @@ struct StoredSecrets {
     /// The call with this number, counted from 0, fails with `failure`; -1 for none.
     qsizetype failingCall = -1;
     qint32 failure = -25308;
+    bool mayUseFile = false;
 };
 
 /// A store in memory that can be told to fail at one of its calls.
@@ -46,6 +47,8 @@ public:
             return m_secrets->failure;
         return m_secrets->items.remove(account) ? SecretStatus::success : SecretStatus::itemNotFound;
     }
+
+    void allowFile() override { m_secrets->mayUseFile = true; }
 
 private:
     bool fails(const char *call, const QString &account) {
