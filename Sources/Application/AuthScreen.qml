@@ -45,6 +45,8 @@ FocusScope {
                 text: "Закрытая beta"
                 font: Theme.secondaryFont
                 color: Theme.dimmed
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
             FormField {
                 width: parent.width

@@ -25,6 +25,8 @@ FocusScope {
         text: root.label
         font: Theme.secondaryFont
         color: Theme.dimmed
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 
     T.TextField {
