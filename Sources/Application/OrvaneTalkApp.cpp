@@ -36,7 +36,9 @@ OrvaneTalkApp::OrvaneTalkApp(MessengerSession &session)
     m_showBadge.setInterval(100);
     connect(&m_showBadge, &QTimer::timeout, this, &OrvaneTalkApp::showBadge);
     switchRoot();
-    m_switch = m_session.isLoggedIn.addNotifier([this] { switchRoot(); });
+    // Once whoever signs in or out is done: the new screen asks the session at once.
+    connect(&m_session, &MessengerSession::isLoggedInChanged, this, &OrvaneTalkApp::switchRoot,
+            Qt::QueuedConnection);
 }
 
 void OrvaneTalkApp::setListWidth(int width) {

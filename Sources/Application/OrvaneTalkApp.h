@@ -73,7 +73,6 @@ private:
     QTimer m_saveListWidth;
     std::shared_ptr<AuthView> m_auth;
     std::shared_ptr<MessengerChatListView> m_chatList;
-    QPropertyNotifier m_switch;
 };
 
 } // namespace orvane
