@@ -9,6 +9,7 @@
 #include "Session/OrvaneTalkFeatureFlags.h"
 
 #include <QGuiApplication>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -94,8 +95,13 @@ void OrvaneTalkApp::switchRoot() {
 void OrvaneTalkApp::showInDesktop() {
     m_launcher = std::make_unique<LauncherBadge>();
     m_tray = std::make_unique<TrayIcon>(&trayImage);
-    connect(m_tray.get(), &TrayIcon::hostedChanged, this,
-            [this] { QGuiApplication::setQuitOnLastWindowClosed(!m_tray->isHosted()); });
+    connect(m_tray.get(), &TrayIcon::hostedChanged, this, &OrvaneTalkApp::followTray);
+    m_trayIsGone.setSingleShot(true);
+    m_trayIsGone.setInterval(2'000);
+    connect(&m_trayIsGone, &QTimer::timeout, this, [this] {
+        if (std::ranges::none_of(QGuiApplication::topLevelWindows(), &QWindow::isVisible))
+            Q_EMIT windowWanted();
+    });
     connect(m_tray.get(), &TrayIcon::activated, this, &OrvaneTalkApp::windowWanted);
     connect(m_tray.get(), &TrayIcon::quitChosen, qApp, &QCoreApplication::quit);
     connect(&NotificationCentre::shared(), &NotificationCentre::posted, this, [this](const QString &name) {
@@ -103,6 +109,14 @@ void OrvaneTalkApp::showInDesktop() {
             Q_EMIT windowWanted();
     });
     showBadge();
+}
+
+void OrvaneTalkApp::followTray() {
+    QGuiApplication::setQuitOnLastWindowClosed(!m_tray->isHosted());
+    if (m_tray->isHosted())
+        m_trayIsGone.stop();
+    else
+        m_trayIsGone.start();
 }
 
 void OrvaneTalkApp::showBadge() {

@@ -54,6 +54,7 @@ private:
     /// The messages of earlier that could not go out.
     static void sendWhatWaits();
     void showInDesktop();
+    void followTray();
     void showBadge();
     /// Null where the end-to-end layer is off.
     const EndToEnd *encryption() const;
@@ -66,6 +67,8 @@ private:
     std::unique_ptr<ReducedMotion> m_motion;
     std::unique_ptr<LauncherBadge> m_launcher;
     std::unique_ptr<TrayIcon> m_tray;
+    /// Without a tray a hidden window can't be reached. A panel that only starts anew is soon back.
+    QTimer m_trayIsGone;
     /// Messages may come faster than the desktop can draw their number.
     QTimer m_showBadge;
     int m_listWidth;

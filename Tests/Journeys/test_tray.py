@@ -48,6 +48,9 @@ class Tray:
             name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, 10_000, None
         ).unpack()
 
+    def end(self) -> None:
+        self._bus.close_sync(None)
+
     def has_item(self) -> bool:
         while GLib.MainContext.default().iteration(False):
             pass
@@ -99,6 +102,17 @@ class TrayJourney(Journey):
         anna.screen.find(ROWS, "Lobby, .*, 1 unread")
         tray.choose("Quit")
         anna.wait_for_end()
+
+        # A window that is hidden where no tray shows it any more could not be reached.
+        tray.end()
+        tray = Tray(anna)
+        anna.open_client()
+        eventually("the client is in the tray again", tray.has_item)
+        eventually("the message counts again", lambda: tray.look("ToolTip")[3] == "1 unread")
+        anna.close_window()
+        tray.end()
+        anna.screen.find(ROWS, "Lobby.*")
+        anna.close_client()
 
     def write_to_lobby(self) -> None:
         boris = {"username": "boris", "password": PASSWORD, "display_name": "Boris"}
