@@ -1,6 +1,7 @@
 """The session bus of one person, with a keyring and with assistive technology on it."""
 
 import subprocess
+import sys
 from pathlib import Path
 
 from gi.repository import Gio, GLib
@@ -58,7 +59,7 @@ def has_name(address: str, name: str) -> bool:
         bus.close_sync(None)
 
 
-def start_keyring(folder: Path, environment: dict[str, str]) -> None:
+def start_keyring(folder: Path, environment: dict[str, str]) -> subprocess.Popen:
     """An unlocked keyring on the bus of the environment, its file under the environment's HOME."""
     keyring = processes.start(
         ["gnome-keyring-daemon", "--foreground", "--unlock", "--components=secrets", f"--control-directory={folder}/keyring"],
@@ -70,6 +71,31 @@ def start_keyring(folder: Path, environment: dict[str, str]) -> None:
     keyring.stdin.close()
     address = environment["DBUS_SESSION_BUS_ADDRESS"]
     processes.eventually("the keyring answers", lambda: has_name(address, "org.freedesktop.secrets"))
+    return keyring
+
+
+class LockedKeyring:
+    """A keyring whose items, secrets by account in JSON, are locked until its dialog is answered."""
+
+    def __init__(self, items: str, folder: Path, environment: dict[str, str]) -> None:
+        program = Path(__file__).parents[2] / "Support/locked_keyring.py"
+        self._process = processes.start(
+            [sys.executable, "-B", str(program), items],
+            environment,
+            folder / "locked-keyring.log",
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+        )
+        self._expect("ready")
+
+    def _expect(self, word: str) -> None:
+        said = processes.first_line(self._process.stdout, "the locked keyring")
+        assert said == word, said
+
+    def open(self) -> None:
+        self._expect("asked")
+        self._process.stdin.write(b"open\n")
+        self._process.stdin.flush()
 
 
 def start_assistive_technology(folder: Path, environment: dict[str, str]) -> Gio.DBusConnection:

@@ -1,6 +1,7 @@
 """One person at a desk of their own: home, display, session bus, keyring, and the client in a window."""
 
 import os
+import signal
 import subprocess
 from pathlib import Path
 
@@ -57,7 +58,7 @@ class Person:
             self.environment["DISPLAY"] = ":" + processes.first_line(stream, "Xvfb")
         run = self.folder / "run"
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(run, self.environment)
-        start_keyring(run, self.environment)
+        self._keyring = start_keyring(run, self.environment)
         self._accessibility = start_assistive_technology(run, self.environment)
         processes.start(["openbox"], self.environment, self.folder / "openbox.log")
         processes.eventually("the window manager is up", lambda: self._x("get_num_desktops", fails=True))
@@ -106,6 +107,16 @@ class Person:
     def client_log(self) -> str:
         log = self.folder / "client.log"
         return log.read_text(errors="replace") if log.exists() else ""
+
+    def pause_keyring(self) -> None:
+        """It takes questions and answers none."""
+        self._keyring.send_signal(signal.SIGSTOP)
+
+    def resume_keyring(self) -> None:
+        self._keyring.send_signal(signal.SIGCONT)
+
+    def end_keyring(self) -> None:
+        processes.end(self._keyring)
 
     def keyring(self) -> dict[str, bytes]:
         return keyring(self.environment["DBUS_SESSION_BUS_ADDRESS"])
