@@ -3,13 +3,12 @@
 #include <QDeadlineTimer>
 #include <QWaitCondition>
 
-#include <utility>
-
 namespace orvane {
 
 struct SecretServiceStore::Call {
     QWaitCondition answered;
     std::optional<Match> answer;
+    bool givenUp = false;
 };
 
 SecretServiceStore::SecretServiceStore(int milliseconds)
@@ -46,14 +45,14 @@ qint32 SecretServiceStore::remove(const QString &service, const QString &account
 SecretStore::Match SecretServiceStore::perform(std::function<Match()> work,
                                                std::function<void(const Match &)> late) {
     QMutexLocker lock(&m_mutex);
-    if (m_givenUp)
+    if (m_isHanging)
         return {SecretStatus::unanswered, {}};
     const auto call = std::make_shared<Call>();
     m_thread.start([this, call, work = std::move(work), late = std::move(late)] {
         Match match = work();
         const QMutexLocker done(&m_mutex);
-        if (m_givenUp == call) {
-            m_givenUp.reset();
+        if (call->givenUp) {
+            m_isHanging = false;
             if (late)
                 QMetaObject::invokeMethod(
                     this, [late, match] { late(match); }, Qt::QueuedConnection);
@@ -65,10 +64,9 @@ SecretStore::Match SecretServiceStore::perform(std::function<Match()> work,
     const QDeadlineTimer deadline(m_patienceMs);
     while (!call->answer && call->answered.wait(&m_mutex, deadline)) {
     }
-    if (call->answer)
-        return *std::exchange(call->answer, std::nullopt);
-    m_givenUp = call;
-    return {SecretStatus::unanswered, {}};
+    if (!call->answer)
+        call->givenUp = m_isHanging = true;
+    return call->answer.value_or(Match{SecretStatus::unanswered, {}});
 }
 
 void SecretServiceStore::tellOfLate(const Late &late) {

@@ -6,7 +6,6 @@
 #include <QThreadPool>
 
 #include <functional>
-#include <memory>
 #include <optional>
 
 namespace orvane {
@@ -50,7 +49,8 @@ private:
     const int m_patienceMs;
     SecretServiceClient m_client;
     QMutex m_mutex;
-    std::shared_ptr<Call> m_givenUp;
+    /// A call that was given up is still under way.
+    bool m_isHanging = false;
     std::optional<Late> m_late;
     QThreadPool m_thread;
 };
