@@ -14,8 +14,11 @@ DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_B
 
 
 class Person:
-    def __init__(self, name: str, program: Path, folder: Path, server: HomeServer) -> None:
+    def __init__(
+        self, name: str, program: Path, folder: Path, server: HomeServer, screen_size: str = "1280x800"
+    ) -> None:
         self.name = name
+        self._screen_size = screen_size
         self.home = folder / "home"
         self._program = program
         self.folder = folder
@@ -48,7 +51,7 @@ class Person:
     def _start_desktop(self) -> None:
         reading, writing = os.pipe()
         processes.start(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset"],
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self._screen_size}x24", "-nolisten", "tcp", "-noreset"],
             self.environment,
             self.folder / "display.log",
             pass_fds=(writing,),
@@ -61,9 +64,9 @@ class Person:
         self._keyring = start_keyring(run, self.environment)
         self._accessibility = start_assistive_technology(run, self.environment)
         processes.start(["openbox"], self.environment, self.folder / "openbox.log")
-        processes.eventually("the window manager is up", lambda: self._x("get_num_desktops", fails=True))
+        processes.eventually("the window manager is up", lambda: self.xdotool("get_num_desktops", fails=True))
 
-    def _x(self, *words: str, fails: bool = False) -> str | None:
+    def xdotool(self, *words: str, fails: bool = False) -> str | None:
         done = subprocess.run(["xdotool", *words], env=self.environment, capture_output=True, text=True)
         if done.returncode != 0 and not fails:
             raise AssertionError(f"xdotool {words[0]}: {done.stderr}")
@@ -85,8 +88,8 @@ class Person:
         self.wait_for_end()
 
     def close_window(self) -> None:
-        self._x("key", "--clearmodifiers", "alt+F4")
-        gone = lambda: not self._x("search", "--onlyvisible", "--name", "^OrvaneTalk$", fails=True)
+        self.xdotool("key", "--clearmodifiers", "alt+F4")
+        gone = lambda: not self.xdotool("search", "--onlyvisible", "--name", "^OrvaneTalk$", fails=True)
         processes.eventually("the window is closed", gone)
 
     def start_again(self) -> None:
@@ -103,6 +106,10 @@ class Person:
         self._client = self._screen = None
         if code != 0:
             raise AssertionError(f"{self.name}'s client ended with {code}:\n{self.client_log()[-4000:]}")
+
+    def client_pid(self) -> int:
+        assert self._client
+        return self._client.pid
 
     def client_log(self) -> str:
         log = self.folder / "client.log"
@@ -123,13 +130,13 @@ class Person:
 
     def click(self, node: Node, button: int = 1) -> None:
         x, y = node.middle()
-        self._x("mousemove", str(x), str(y), "click", str(button))
+        self.xdotool("mousemove", str(x), str(y), "click", str(button))
 
     def type(self, text: str) -> None:
-        self._x("type", "--delay", "15", text)
+        self.xdotool("type", "--delay", "15", text)
 
     def key(self, name: str) -> None:
-        self._x("key", name)
+        self.xdotool("key", name)
 
     def fill(self, entry_name: str, text: str) -> None:
         """Writes into an empty field, key by key."""
