@@ -46,6 +46,7 @@ FocusScope {
     Accessible.focused: focused
 
     // A new message comes with a spring; one that comes into view again is there already.
+    onIndexChanged: Qt.callLater(ReadingOrder.lastFirst, parent)
     Component.onCompleted: if (Date.now() - timestamp.getTime() < 500) entrance.start()
     ListView.onPooled: {
         entrance.stop();

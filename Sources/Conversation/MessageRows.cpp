@@ -231,16 +231,16 @@ QString MessageRows::senderOf(const MessengerMessage &message) const {
 }
 
 QString MessageRows::spoken(const MessengerMessage &message) const {
-    const bool own = message.senderID == m_screen.currentUserID;
     QStringList words{m_screen.nameInChat(message.senderID), text(message).left(spokenLength),
-                      DisplayTimes::clock(message.timestamp),
-                      own ? rawText(message.deliveryStatus) : QStringLiteral("received")};
+                      DisplayTimes::clock(message.timestamp)};
     if (message.editedAt)
         words << QStringLiteral("edited");
     if (message.isStarred)
         words << QStringLiteral("starred");
     if (m_screen.isPinned(message.id))
         words << QStringLiteral("pinned");
+    const bool own = message.senderID == m_screen.currentUserID;
+    words << (own ? rawText(message.deliveryStatus) : QStringLiteral("received"));
     return words.join(QStringLiteral(", "));
 }
 

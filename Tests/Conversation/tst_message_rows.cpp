@@ -170,7 +170,7 @@ void TestMessageRows::aRowIsSpokenWithItsState() {
     record.senderID = QStringLiteral("7");
     record.deliveryStatus = DeliveryStatus::read;
     chat.screen->messages.replace(0, record);
-    QCOMPARE(shown(chat, MessageRows::SpokenRole), "You, Tea?, 12:00, read, edited, starred, pinned");
+    QCOMPARE(shown(chat, MessageRows::SpokenRole), "You, Tea?, 12:00, edited, starred, pinned, read");
 }
 
 ORVANE_TEST_MAIN(TestMessageRows)
