@@ -47,7 +47,7 @@ QVariant ChatRows::data(const QModelIndex &index, int role) const {
     case KindRole:
         return rawText(chat.type);
     case NameRole:
-        return oneLine(displayName(chat));
+        return oneLine(visibleName(chat));
     case PreviewRole:
         return preview(chat);
     case TimeRole:
@@ -58,7 +58,7 @@ QVariant ChatRows::data(const QModelIndex &index, int role) const {
     case PinnedRole:
         return isPinned(chat.id);
     case HueIDRole:
-        return hueID(chat);
+        return chat.hueId(m_session.userIdText());
     case OnlineRole:
         return isOnline(chat);
     case SpokenRole:
@@ -68,9 +68,8 @@ QVariant ChatRows::data(const QModelIndex &index, int role) const {
     }
 }
 
-QString ChatRows::hueID(const MessengerChat &chat) const {
-    const QString peer = chat.type == ChatType::direct ? chat.peerId(m_session.userIdText()) : QString();
-    return peer.isEmpty() ? chat.id : peer;
+QString ChatRows::visibleName(const MessengerChat &chat) const {
+    return chat.visibleName(m_session.userIdText(), m_contacts);
 }
 
 bool ChatRows::isOnline(const MessengerChat &chat) const {
@@ -81,7 +80,7 @@ bool ChatRows::isOnline(const MessengerChat &chat) const {
 }
 
 QString ChatRows::spoken(const MessengerChat &chat) const {
-    QStringList words{oneLine(displayName(chat))};
+    QStringList words{oneLine(visibleName(chat))};
     if (chat.lastMessage)
         words << preview(chat);
     if (chat.unreadCount > 0)

@@ -20,7 +20,7 @@ public:
         TimeRole,
         UnreadCountRole,
         PinnedRole,
-        /// Decides the avatar's hue: the other person of a direct chat, else the chat.
+        /// Decides the avatar's hue.
         HueIDRole,
         OnlineRole,
         /// The row in words for assistive technology: name, preview, unread count.
@@ -41,7 +41,7 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
 
 private:
-    QString hueID(const MessengerChat &chat) const;
+    QString visibleName(const MessengerChat &chat) const;
     bool isOnline(const MessengerChat &chat) const;
     QString spoken(const MessengerChat &chat) const;
 

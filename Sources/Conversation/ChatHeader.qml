@@ -16,7 +16,7 @@ Item {
     Avatar {
         id: avatar
         anchors { left: parent.left; leftMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
-        hueId: root.screen.chat.type === "direct" ? root.screen.peerId : root.screen.chat.id
+        hueId: root.screen.hueIdOf(root.screen.chat)
         name: root.screen.title
         symbol: root.screen.chat.type === "group" ? "person.3.fill"
               : root.screen.chat.type === "channel" ? "megaphone.fill" : ""

@@ -35,7 +35,7 @@ MessengerChatView::MessengerChatView(const MessengerChat &openChat, const Contac
 }
 
 QString MessengerChatView::title() const {
-    return chat.displayName(currentUserID, contacts);
+    return chat.visibleName(currentUserID, contacts);
 }
 
 QString MessengerChatView::fingerprint() const {
@@ -211,11 +211,11 @@ QString MessengerChatView::nameInChat(const QString &userID) const {
 }
 
 QString MessengerChatView::chatName(const MessengerChat &other) const {
-    return other.displayName(currentUserID, contacts);
+    return other.visibleName(currentUserID, contacts);
 }
 
-QString MessengerChatView::hueIdOf(const MessengerChat &other) const {
-    return other.type == ChatType::direct ? other.peerId(currentUserID) : other.id;
+QString MessengerChatView::hueIdOf(const MessengerChat &some) const {
+    return some.hueId(currentUserID);
 }
 
 QStringList MessengerChatView::linksIn(const MessengerMessage &message) {

@@ -150,8 +150,8 @@ public:
     /// The same, but "You" for the person at this window.
     Q_INVOKABLE QString nameInChat(const QString &userID) const;
     Q_INVOKABLE QString chatName(const orvane::MessengerChat &other) const;
-    /// The id that another chat has its colour from.
-    Q_INVOKABLE QString hueIdOf(const orvane::MessengerChat &other) const;
+    /// The id that a chat has its colour from.
+    Q_INVOKABLE QString hueIdOf(const orvane::MessengerChat &some) const;
     /// The first addresses that a message leads to, each once; no more than a menu should begin with.
     Q_INVOKABLE QStringList linksIn(const orvane::MessengerMessage &message);
     /// In the person's browser; http and https only.

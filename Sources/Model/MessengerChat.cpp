@@ -18,6 +18,19 @@ QString MessengerChat::displayName(const QString &myUserID, const Contacts &cont
     return QStringLiteral("G %1").arg(participants.size());
 }
 
+QString MessengerChat::visibleName(const QString &myUserID, const Contacts &contacts) const {
+    const QString name = displayName(myUserID, contacts);
+    const bool isVisible = std::any_of(name.cbegin(), name.cend(), [](QChar unit) {
+        return unit.isSurrogate() || (unit.isPrint() && !unit.isSpace());
+    });
+    return isVisible ? name : QStringLiteral("Chat");
+}
+
+QString MessengerChat::hueId(const QString &myUserID) const {
+    const QString peer = type == ChatType::direct ? peerId(myUserID) : QString();
+    return peer.isEmpty() ? id : peer;
+}
+
 QString MessengerChat::peerId(const QString &myUserID) const {
     const auto peer = std::find_if(participants.cbegin(), participants.cend(),
                                    [&](const QString &participant) { return participant != myUserID; });

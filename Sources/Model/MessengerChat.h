@@ -40,6 +40,12 @@ public:
     /// The name under which the chat is shown to `myUserID`.
     QString displayName(const QString &myUserID, const Contacts &contacts) const;
 
+    /// The same for eyes and ears: "Chat" where the name has nothing that could be seen.
+    QString visibleName(const QString &myUserID, const Contacts &contacts) const;
+
+    /// The id that the chat has its colour from: that of the other person in a direct chat, else its own.
+    QString hueId(const QString &myUserID) const;
+
     /// The first participant other than `myUserID`, in groups too; empty when there is none.
     QString peerId(const QString &myUserID) const;
 };

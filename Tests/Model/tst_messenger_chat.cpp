@@ -10,6 +10,10 @@ class TestMessengerChat : public QObject {
 private Q_SLOTS:
     void displayNameTakesTheFirstRuleThatApplies_data();
     void displayNameTakesTheFirstRuleThatApplies();
+    void aNameThatShowsNothingIsAChat_data();
+    void aNameThatShowsNothingIsAChat();
+    void aPersonHasOneColour_data();
+    void aPersonHasOneColour();
     void peerIsTheFirstOtherParticipant_data();
     void peerIsTheFirstOtherParticipant();
 };
@@ -68,6 +72,56 @@ void TestMessengerChat::displayNameTakesTheFirstRuleThatApplies() {
         chat.title = title;
     chat.participants = participants;
     QTEST(chat.displayName(QStringLiteral("1"), contacts), "name");
+}
+
+void TestMessengerChat::aNameThatShowsNothingIsAChat_data() {
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("empty") << ""
+                           << "Chat";
+    QTest::newRow("blanks") << " \t\n\u00a0\u3000"
+                            << "Chat";
+    QTest::newRow("marks that draw nothing") << "\u200b\u202e\u2066"
+                                             << "Chat";
+    QTest::newRow("a letter among them") << "\u200b a"
+                                         << "\u200b a";
+    QTest::newRow("beyond 16 bits") << "😀"
+                                    << "😀";
+}
+
+void TestMessengerChat::aNameThatShowsNothingIsAChat() {
+    QFETCH(QString, title);
+    MessengerChat chat;
+    chat.title = title;
+    QTEST(chat.visibleName(QStringLiteral("1"), {}), "name");
+    // A person without a name is no better off.
+    chat.title = std::nullopt;
+    chat.participants = {QStringLiteral("7")};
+    MessengerUser other;
+    other.displayName = title;
+    QTEST(chat.visibleName(QStringLiteral("1"), {{QStringLiteral("7"), other}}), "name");
+}
+
+void TestMessengerChat::aPersonHasOneColour_data() {
+    QTest::addColumn<ChatType>("type");
+    QTest::addColumn<QStringList>("participants");
+    QTest::addColumn<QString>("hueId");
+    using enum ChatType;
+    QTest::newRow("direct") << direct << QStringList{"1", "7"} << "7";
+    QTest::newRow("the own saved chat") << direct << QStringList{"1"} << "c";
+    QTest::newRow("nobody known") << direct << QStringList() << "c";
+    QTest::newRow("group") << group << QStringList{"1", "7"} << "c";
+    QTest::newRow("channel") << channel << QStringList() << "c";
+}
+
+void TestMessengerChat::aPersonHasOneColour() {
+    QFETCH(ChatType, type);
+    QFETCH(QStringList, participants);
+    MessengerChat chat;
+    chat.id = QStringLiteral("c");
+    chat.type = type;
+    chat.participants = participants;
+    QTEST(chat.hueId(QStringLiteral("1")), "hueId");
 }
 
 void TestMessengerChat::peerIsTheFirstOtherParticipant_data() {
