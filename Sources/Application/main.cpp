@@ -1,4 +1,5 @@
 #include "Application/OrvaneTalkApp.h"
+#include "Interface/AccessibleButton.h"
 #include "Interface/SymbolImages.h"
 #include "Platform/SingleInstance.h"
 
@@ -47,6 +48,7 @@ int main(int argc, char *argv[]) {
     orvane::OrvaneTalkApp app;
     QObject::connect(&instance, &orvane::SingleInstance::windowWanted, &app,
                      &orvane::OrvaneTalkApp::windowWanted);
+    orvane::installAccessibleButtons();
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/"));
     engine.addImageProvider(QStringLiteral("symbol"), new orvane::SymbolImages);

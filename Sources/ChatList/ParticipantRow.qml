@@ -17,6 +17,7 @@ Item {
     Accessible.checked: chosen
     Accessible.focusable: true
     Accessible.onPressAction: toggled()
+    Accessible.onToggleAction: toggled()
     Keys.onReturnPressed: toggled()
     Keys.onSpacePressed: toggled()
 

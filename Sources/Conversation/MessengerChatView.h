@@ -32,7 +32,6 @@ class MessengerChatView : public QObject, public std::enable_shared_from_this<Me
     Q_PROPERTY(orvane::MessengerChat chat MEMBER chat CONSTANT)
     Q_PROPERTY(QString currentUserID MEMBER currentUserID CONSTANT)
     Q_PROPERTY(QString title READ title CONSTANT)
-    Q_PROPERTY(QString peerId READ peerId CONSTANT)
     /// What the view of `messages` shows.
     Q_PROPERTY(orvane::MessageRows *rows READ rows CONSTANT)
     /// The end-to-end layer is on.

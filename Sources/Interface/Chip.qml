@@ -6,14 +6,23 @@ import OrvaneTalk.Interface
 T.RadioButton {
     id: root
 
+    /// What it is where `text` is no word.
+    property string tip
+
+    function press() {
+        if (enabled)
+            clicked();
+    }
+
     implicitHeight: 32
     implicitWidth: Math.min(label.implicitWidth + 2 * Theme.gap12, 180)
     font: Theme.secondaryFont
     hoverEnabled: true
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
-    Accessible.name: text
-    Accessible.onPressAction: clicked()
+    opacity: enabled ? 1 : 0.5
+    Keys.onReturnPressed: press()
+    Keys.onEnterPressed: press()
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: tip || text
 
     background: Rectangle {
         radius: height / 2
@@ -30,5 +39,9 @@ T.RadioButton {
         color: root.checked ? Theme.text : Theme.dimmed
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
+    }
+    ButtonTip {
+        button: root
+        text: root.tip
     }
 }

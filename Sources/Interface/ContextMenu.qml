@@ -6,13 +6,13 @@ import OrvaneTalk.Interface
 T.Menu {
     id: root
 
-    property Item returnFocus: null
+    readonly property FocusReturn focusBefore: FocusReturn {}
 
     onAboutToShow: {
         const isSubmenu = parent as ContextMenuItem !== null;
-        returnFocus = isSubmenu ? null : parent.Window.activeFocusItem;
+        focusBefore.keep(isSubmenu ? null : parent.Window.activeFocusItem);
     }
-    onClosed: returnFocus?.forceActiveFocus()
+    onClosed: focusBefore.giveBack()
     margins: Theme.gap8
     padding: Theme.gap4
     implicitWidth: 220

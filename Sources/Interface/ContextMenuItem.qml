@@ -12,10 +12,17 @@ T.MenuItem {
     /// Once the menu has closed and given the focus back, so that what happens now may take it.
     signal chosen
 
+    function press() {
+        if (enabled)
+            clicked();
+    }
+
     onTriggered: Qt.callLater(chosen)
     implicitHeight: 36
     implicitWidth: 212
     font: Theme.bodyFont
+    opacity: enabled ? 1 : 0.5
+    Accessible.role: Accessible.MenuItem
     Accessible.name: text
 
     background: Rectangle {

@@ -7,8 +7,8 @@ Rectangle {
 
     required property string text
 
-    width: Math.min(label.implicitWidth, 360) + 2 * Theme.gap8
-    height: label.implicitHeight + Theme.gap8
+    implicitWidth: Math.min(label.implicitWidth, 360) + 2 * Theme.gap8
+    implicitHeight: label.implicitHeight + Theme.gap8
     radius: Theme.controlRadius
     color: Theme.pressed
 

@@ -10,12 +10,15 @@ T.Switch {
     implicitWidth: 320
     font: Theme.bodyFont
     hoverEnabled: true
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    opacity: enabled ? 1 : 0.5
+    Keys.onReturnPressed: press()
+    Keys.onEnterPressed: press()
+    Accessible.role: Accessible.CheckBox
     Accessible.name: text
-    Accessible.onPressAction: click()
 
-    function click() {
+    function press() {
+        if (!enabled)
+            return;
         toggle();
         toggled();
         clicked();

@@ -26,4 +26,5 @@ ActionButton {
             size: root.symbolSize
         }
     }
+    ButtonTip { button: root }
 }

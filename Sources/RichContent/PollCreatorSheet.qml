@@ -111,7 +111,6 @@ Sheet {
     buttons: PrimaryButton {
         text: "Создать"
         enabled: creator.canCreate
-        opacity: enabled ? 1 : 0.5
         onClicked: creator.createPoll()
     }
 }

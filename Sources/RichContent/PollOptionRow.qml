@@ -23,6 +23,7 @@ Item {
     Accessible.checked: isSelected
     Accessible.focusable: true
     Accessible.onPressAction: tap()
+    Accessible.onToggleAction: tap()
     Keys.onReturnPressed: tap()
     Keys.onEnterPressed: tap()
     Keys.onSpacePressed: tap()

@@ -61,7 +61,7 @@ FocusScope {
                 text: place.record.emoji
                 font: Theme.headingFont
                 checked: picker.selectedPack === place.record.id
-                Accessible.name: place.record.name
+                tip: place.record.name
                 onActiveFocusChanged: if (activeFocus) tabs.positionViewAtIndex(place.index, ListView.Contain)
                 onClicked: picker.selectPack(place.record.id)
             }

@@ -1,10 +1,6 @@
-#include "Interface/SymbolImages.h"
 #include "Model/MessengerPoll.h"
-#include "Support/FindItem.h"
+#include "Support/ScreenWindow.h"
 
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQuickView>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -12,41 +8,18 @@ using namespace orvane;
 
 namespace {
 
-/// A window with what a few lines of QML say.
-struct Window {
-    QQuickView view;
-
+struct Window : ScreenWindow {
     explicit Window(const QByteArray &lines, const QVariantMap &properties = {}) {
-        view.engine()->addImportPath("qrc:/");
-        view.engine()->addImageProvider("symbol", new SymbolImages);
-        auto *component = new QQmlComponent(view.engine(), &view);
-        component->setData(
-            "import QtQuick\nimport OrvaneTalk.Interface\nimport OrvaneTalk.RichContent\n" + lines, QUrl());
-        QObject *root = component->createWithInitialProperties(properties);
-        if (!root)
-            qFatal("%s", qPrintable(component->errorString()));
-        view.setContent(QUrl(), component, root);
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(500, 640);
-        view.show();
-        view.requestActivate();
-        if (!QTest::qWaitForWindowActive(&view))
-            qFatal("The window did not become active.");
+        resize(500, 640);
+        openLines("import OrvaneTalk.RichContent\n" + lines, properties);
     }
 
-    QQuickItem *item(const char *property, const QVariant &value) {
-        return findItem(view.contentItem(), property, value);
+    /// In the screen, or over it.
+    QQuickItem *item(const char *property, const QVariant &value) const {
+        return findItem(contentItem(), property, value);
     }
-    QString focused() { return view.activeFocusItem()->property("text").toString(); }
-    void press(int key) { QTest::keyClick(&view, Qt::Key(key)); }
-    void type(const char *letters) {
-        for (; *letters; ++letters)
-            QTest::keyClick(&view, *letters);
-    }
-    void click(QQuickItem *item) {
-        QTest::mouseClick(&view, Qt::LeftButton, {},
-                          item->mapToScene(item->boundingRect().center()).toPoint());
-    }
+    QString focused() const { return activeFocusItem()->property("text").toString(); }
+    void click(QQuickItem *target) { QTest::mouseClick(this, Qt::LeftButton, {}, middleOf(target)); }
 };
 
 MessengerPoll twoOptions() {
@@ -106,7 +79,7 @@ void TestRichContentScreens::aPollIsWrittenWithTheKeyboard() {
                   "SheetLoader { shown: root.shown; sourceComponent: PollCreatorSheet { chatID: 'c'; "
                   "currentUserID: '7'\n"
                   "onCreated: poll => { root.poll = poll } onClosed: root.shown = false } } }");
-    QQuickItem *root = window.view.rootObject();
+    QQuickItem *root = window.rootObject();
     root->setProperty("shown", true);
     QTRY_VERIFY(window.item("text", "Создать"));
     QVERIFY(!window.item("text", "Создать")->isEnabled());
@@ -149,7 +122,7 @@ void TestRichContentScreens::aPollIsWrittenWithTheKeyboard() {
 void TestRichContentScreens::aStickerIsFoundAndChosen() {
     Window window("StickerPicker { property var chosen: []; focus: true; onSelect: emoji => { chosen = "
                   "chosen.concat([emoji]) } }");
-    const auto chosen = [&window] { return window.view.rootObject()->property("chosen").toStringList(); };
+    const auto chosen = [&window] { return window.rootObject()->property("chosen").toStringList(); };
     QTRY_VERIFY(window.item("text", "😂"));
     window.type("heart");
     QTRY_VERIFY(window.item("text", "😻") && !window.item("text", "🤔"));

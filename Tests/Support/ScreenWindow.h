@@ -1,18 +1,22 @@
 #pragma once
 
+#include "Interface/AccessibleButton.h"
 #include "Interface/SymbolImages.h"
 #include "Interface/Theme.h"
 #include "Support/FindItem.h"
 
+#include <QAccessible>
+#include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickView>
 #include <QTest>
 
 namespace orvane {
 
-/// A window with the screen of one QML file.
+/// A window with one screen.
 struct ScreenWindow : QQuickView {
     ScreenWindow() {
+        [[maybe_unused]] static const bool once = (installAccessibleButtons(), true);
         engine()->addImportPath(QStringLiteral("qrc:/"));
         engine()->addImageProvider(QStringLiteral("symbol"), new SymbolImages);
         setResizeMode(QQuickView::SizeRootObjectToView);
@@ -23,6 +27,20 @@ struct ScreenWindow : QQuickView {
         setSource(QUrl(file));
         show();
         requestActivate();
+    }
+
+    /// The same with a screen of a few lines, which may import more than the kit.
+    void openLines(const QByteArray &lines, const QVariantMap &properties = {}) {
+        auto *component = new QQmlComponent(engine(), this);
+        component->setData("import QtQuick\nimport OrvaneTalk.Interface\n" + lines, QUrl());
+        QObject *root = component->createWithInitialProperties(properties);
+        if (!root)
+            qFatal("%s", qPrintable(component->errorString()));
+        setContent(QUrl(), component, root);
+        show();
+        requestActivate();
+        if (!QTest::qWaitForWindowActive(this))
+            qFatal("The window did not become active.");
     }
 
     Theme *tokens() {
@@ -53,16 +71,45 @@ struct ScreenWindow : QQuickView {
         return true;
     }
 
+    static QPoint middleOf(const QQuickItem *item) {
+        return item->mapToScene(item->boundingRect().center()).toPoint();
+    }
     /// On whatever has this text, in the screen or over it.
     void click(const QString &text) {
         QQuickItem *target = findItem(contentItem(), "text", text);
         QVERIFY(target);
-        QTest::mouseClick(this, Qt::LeftButton, {},
-                          target->mapToScene(target->boundingRect().center()).toPoint());
+        QTest::mouseClick(this, Qt::LeftButton, {}, middleOf(target));
+    }
+    void press(int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(this, Qt::Key(key), modifiers);
     }
     void type(const char *letters) {
         for (; *letters; ++letters)
             QTest::keyClick(this, *letters);
+    }
+
+    /// What assistive technology finds under this name, first in depth; null when there is nothing of it.
+    QAccessibleInterface *accessible(const QString &name) {
+        return accessible(QAccessible::queryAccessibleInterface(this), name);
+    }
+    static QAccessibleInterface *accessible(QAccessibleInterface *around, const QString &name) {
+        if (around->text(QAccessible::Name) == name && !around->state().invisible)
+            return around;
+        for (int index = 0; index < around->childCount(); ++index) {
+            QAccessibleInterface *child = around->child(index);
+            if (QAccessibleInterface *found = child ? accessible(child, name) : nullptr)
+                return found;
+        }
+        return nullptr;
+    }
+    /// What assistive technology can do with it: "Press", "Toggle". False where it can't.
+    bool act(const QString &name, const QString &action) {
+        QAccessibleInterface *target = accessible(name);
+        if (!target || !target->actionInterface() ||
+            !target->actionInterface()->actionNames().contains(action))
+            return false;
+        target->actionInterface()->doAction(action);
+        return true;
     }
 
     /// For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder.
