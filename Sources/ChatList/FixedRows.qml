@@ -18,12 +18,17 @@ Column {
         symbol: "sparkles"
         title: "Orvane AI"
         subtitle: "Your AI assistant"
+        isOpen: root.screen.openChat !== null && root.screen.isAssistantChat(root.screen.selectedChatID)
         onActivated: root.screen.openAssistant()
     }
     SidebarRow {
         symbol: "bookmark.fill"
         title: "Saved Messages"
         subtitle: "Your personal space"
+        isOpen: {
+            void root.screen.savedChatID;
+            return root.screen.isSavedChat(root.screen.selectedChatID);
+        }
         onActivated: root.screen.openSavedChat()
     }
     SidebarRow {
@@ -53,8 +58,9 @@ Column {
             compact: true
             symbol: "megaphone.fill"
             tint: Theme.dimmed
-            title: record.title || "Channel"
+            title: record.title?.trim() || "Channel"
             subtitle: "Channel"
+            isOpen: root.screen.selectedChatID === record.id
             onActivated: root.screen.selectedChatID = record.id
         }
     }

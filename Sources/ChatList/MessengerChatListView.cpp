@@ -31,6 +31,11 @@ MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     return user;
 }
 
+/// Of the saved chat that stands in while the server gives none.
+QString localSavedChatID(const QString &user) {
+    return QStringLiteral("saved_") + user;
+}
+
 /// QML would otherwise delete what a call gives it.
 template <typename Screen>
 Screen *keptHere(const std::shared_ptr<Screen> &screen) {
@@ -112,11 +117,23 @@ QString MessengerChatListView::badge() const {
 }
 
 void MessengerChatListView::openAssistant() {
-    const MessengerChat *chat = chats.findFirst([](const MessengerChat &candidate) {
+    if (const MessengerChat *chat = assistantChat())
+        selectedChatID = chat->id;
+}
+
+const MessengerChat *MessengerChatListView::assistantChat() const {
+    return chats.findFirst([](const MessengerChat &candidate) {
         return candidate.participants.contains(MessengerMock::aiAssistant().id);
     });
-    if (chat)
-        selectedChatID = chat->id;
+}
+
+bool MessengerChatListView::isAssistantChat(const QString &chatID) const {
+    const MessengerChat *chat = assistantChat();
+    return chat && chat->id == chatID;
+}
+
+bool MessengerChatListView::isSavedChat(const QString &chatID) const {
+    return savedChatID.value() == chatID || localSavedChatID(m_parts.session.userIdText()) == chatID;
 }
 
 void MessengerChatListView::openSavedChat() {
@@ -249,7 +266,7 @@ QCoro::Task<void> MessengerChatListView::findSavedChat(Self self) {
         self->savedChatID = id;
     } catch (const std::exception &) {
         // Without the server there is still a chat to open.
-        id = QStringLiteral("saved_") + user;
+        id = localSavedChatID(user);
     }
     if (!self->chats.find(*id)) {
         MessengerChat saved = newChat(*id, ChatType::direct, QStringLiteral("Saved Messages"));

@@ -47,7 +47,7 @@ class MessengerChatListView : public QObject, public std::enable_shared_from_thi
     OBSERVABLE(bool, showContacts)
     OBSERVABLE(bool, showStarred)
     OBSERVABLE(bool, showP2P)
-    OBSERVABLE(std::optional<QString>, savedChatID)
+    OBSERVABLE_OPTIONAL(QString, savedChatID)
     OBSERVABLE(qint64, starredCount)
     OBSERVABLE(qint64, mentionsCount)
     /// Until the first list of chats is there.
@@ -89,6 +89,9 @@ public:
     Q_INVOKABLE void openAssistant();
     /// The user's own space, which the server makes at the first time; there is always one that opens.
     Q_INVOKABLE void openSavedChat();
+    /// Whether these two open that chat.
+    Q_INVOKABLE bool isAssistantChat(const QString &chatID) const;
+    Q_INVOKABLE bool isSavedChat(const QString &chatID) const;
     /// The row's chat by its place in the list, if there is one.
     Q_INVOKABLE void openRow(int row);
     /// The chat that stands `step` rows further than the open one.
@@ -133,6 +136,7 @@ private:
     void contactsChanged();
     void handleUserStatus(const QJsonObject &event);
     void openNewChat(const MessengerChat &chat);
+    const MessengerChat *assistantChat() const;
     void openSelectedChat();
     void updateDockBadge();
 

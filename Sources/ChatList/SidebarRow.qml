@@ -10,6 +10,8 @@ Item {
     property string subtitle
     property color tint: Theme.accent
     property bool compact: false
+    /// Its chat is the open one.
+    property bool isOpen: false
     /// The sidebar walks over these.
     readonly property bool sidebarRow: true
     signal activated
@@ -18,7 +20,9 @@ Item {
     height: compact ? 56 : Theme.rowHeight
     Accessible.role: Accessible.ListItem
     Accessible.name: subtitle ? title + ", " + subtitle : title
+    Accessible.ignored: !visible
     Accessible.focusable: true
+    Accessible.selected: isOpen
     Accessible.focused: activeFocus
     Accessible.onPressAction: activated()
     Keys.onReturnPressed: activated()
@@ -28,7 +32,7 @@ Item {
     Rectangle {
         anchors { fill: parent; leftMargin: Theme.gap8; rightMargin: Theme.gap8; topMargin: 1; bottomMargin: 1 }
         radius: Theme.controlRadius
-        color: tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
+        color: root.isOpen ? Theme.selection : tap.pressed ? Theme.pressed : hover.hovered ? Theme.raised : "transparent"
         border { width: root.activeFocus ? 2 : 0; color: Theme.accent }
         Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
     }
