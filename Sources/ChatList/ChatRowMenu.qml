@@ -11,6 +11,11 @@ ContextMenu {
     required property string chatID
     readonly property bool pinned: screen.isPinned(chatID)
 
+    Component.onCompleted: {
+        if (screen.folders.chatFolders.count === 0)
+            removeMenu(folders);
+    }
+
     ContextMenuItem {
         text: root.pinned ? "Unpin" : "Pin"
         onChosen: root.screen.togglePinned(root.chatID)
@@ -18,10 +23,8 @@ ContextMenu {
     ContextMenu {
         id: folders
         title: "Add to folder"
-        enabled: list.count > 0
 
         Instantiator {
-            id: list
             model: root.screen.folders.chatFolders
             delegate: ContextMenuItem {
                 required property chatFolder record
