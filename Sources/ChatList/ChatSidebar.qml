@@ -63,7 +63,22 @@ FocusScope {
         id: list
 
         readonly property FixedRows fixedRows: headerItem as FixedRows
+        readonly property int page: Math.max(1, Math.floor(height / Theme.rowHeight) - 1)
+        /// Why there are no chats; empty while there are some, or may be soon.
+        readonly property string emptiness: count > 0 || root.screen.isLoading ? ""
+            : root.screen.searchText === "" ? root.screen.folders.activeFolderId === "" ? "No chats yet" : "No chats in this folder yet"
+            : root.screen.search.searchesRunning > 0 || root.screen.search.searchResults.count > 0 ? "" : "Nothing found"
+        /// It came by Tab, or its row went away. Only a row shows it, and has a menu.
+        readonly property bool holdsFocusItself: Window.activeFocusItem === list
         property real lastOrigin: 0
+
+        function giveFocusToRow() {
+            if (!holdsFocusItself || root.screen.isLoading)
+                return;
+            if (currentIndex < 0 && count > 0)
+                currentIndex = 0;
+            walk(count > 0 ? 0 : -Infinity);
+        }
 
         /// Goes `step` rows on from the row that has the focus; `from` tells another row to count from.
         function walk(step, from) {
@@ -100,10 +115,30 @@ FocusScope {
         }
         Keys.onUpPressed: walk(-1)
         Keys.onDownPressed: walk(1)
+        Keys.onPressed: event => {
+            const steps = {[Qt.Key_Home]: -Infinity, [Qt.Key_End]: Infinity, [Qt.Key_PageUp]: -page, [Qt.Key_PageDown]: page};
+            event.accepted = event.key in steps;
+            if (event.accepted)
+                walk(steps[event.key]);
+        }
+        onHoldsFocusItselfChanged: Qt.callLater(giveFocusToRow)
+        onCountChanged: Qt.callLater(giveFocusToRow)
 
         header: FixedRows {
             width: list.width
             screen: root.screen
+        }
+        footer: Item {
+            width: list.width
+            height: list.emptiness ? 160 : 0
+
+            EmptyState {
+                anchors.centerIn: parent
+                width: parent.width - 2 * Theme.gap16
+                visible: list.emptiness
+                symbol: root.screen.searchText ? "magnifyingglass" : "message.fill"
+                title: list.emptiness
+            }
         }
         delegate: ChatRow {
             id: row
@@ -136,7 +171,7 @@ FocusScope {
         anchors.horizontalCenter: list.horizontalCenter
         anchors.bottom: list.bottom
         anchors.bottomMargin: Theme.gap32
-        running: root.screen.isLoading && list.count === 0
+        running: list.count === 0 && (root.screen.isLoading || root.screen.search.searchesRunning > 0)
     }
     Item {
         id: footer

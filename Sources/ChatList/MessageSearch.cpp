@@ -25,6 +25,7 @@ void MessageSearch::searchMessages(const QString &query) {
         return;
     }
     isSearchingMessages = true;
+    searchesRunning = searchesRunning + 1;
     launch(search(shared_from_this(), query));
 }
 
@@ -53,6 +54,7 @@ QCoro::Task<void> MessageSearch::search(std::shared_ptr<MessageSearch> self, QSt
         // Dropped on purpose: what was found before stays.
     }
     self->isSearchingMessages = false;
+    self->searchesRunning = self->searchesRunning - 1;
 }
 
 } // namespace orvane

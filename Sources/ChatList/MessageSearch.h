@@ -21,6 +21,8 @@ class MessageSearch : public QObject, public std::enable_shared_from_this<Messag
     QML_UNCREATABLE("Part of the chat list.")
     Q_PROPERTY(orvane::RecordListModel *searchResults READ results CONSTANT)
     OBSERVABLE(bool, isSearchingMessages)
+    /// How many requests wait for their answers; `isSearchingMessages` ends with the first of them.
+    OBSERVABLE(int, searchesRunning)
 
 public:
     MessageSearch(MessengerSession &session, MessengerAPI &api, const Contacts &contacts);
