@@ -21,6 +21,8 @@ Item {
 
     readonly property bool isOpen: screen.selectedChatID === chatID
     readonly property bool unread: unreadCount > 0
+    /// Of a chat that is no longer shown, kept for another.
+    property bool pooled: false
     /// Its menu is wanted at this place of the row.
     signal menuWanted(real x, real y)
 
@@ -36,6 +38,11 @@ Item {
     }
 
     height: Theme.rowHeight
+    ListView.onPooled: {
+        pooled = true;
+        focus = false;
+    }
+    ListView.onReused: pooled = false
     Keys.onReturnPressed: open()
     Keys.onEnterPressed: open()
     Keys.onSpacePressed: open()
@@ -48,6 +55,7 @@ Item {
     }
     Accessible.role: Accessible.ListItem
     Accessible.name: spoken
+    Accessible.ignored: pooled
     Accessible.focusable: true
     Accessible.selected: isOpen
     Accessible.onPressAction: root.open()

@@ -13,6 +13,7 @@ Item {
     height: 56
     Accessible.role: Accessible.ListItem
     Accessible.name: subtitle ? record.name + ", " + subtitle : record.name
+    Accessible.ignored: !visible
     Accessible.focusable: true
     Accessible.focused: activeFocus
 

@@ -4,6 +4,7 @@
 #include "Support/ScreenWindow.h"
 
 #include <QRegularExpression>
+#include <QStyleHints>
 
 using namespace orvane;
 
@@ -113,6 +114,16 @@ private Q_SLOTS:
     void everyScreenIsDrawnInEveryTheme();
     void theMenuIsTheRowsOwn();
     void aReusedRowIsThatOfItsChat();
+    void theListIsWalkedByKeys();
+    void theMenuOpensWhereverTheFocusIsInTheList_data();
+    void theMenuOpensWhereverTheFocusIsInTheList();
+    void foldersAreOfferedWhereThereAreSome();
+    void whatIsNotShownIsNotTold();
+    void aPlaceWithoutChatsSaysWhy();
+    void theOpenRowIsToldApart();
+    void aChatLooksAlikeInTheListAndOpen_data();
+    void aChatLooksAlikeInTheListAndOpen();
+    void everySymbolHasATip();
 };
 
 void TestChatListScreen::everyScreenIsDrawnInEveryTheme_data() {
@@ -237,6 +248,255 @@ void TestChatListScreen::aReusedRowIsThatOfItsChat() {
         QCOMPARE(findItem(row, "text", "C") != nullptr, top % 2 == 1);
         QCOMPARE(findItem(row, "name", "person.3.fill") != nullptr, top % 2 == 0);
         QCOMPARE(findItem(row, "count", top % 3) != nullptr, top % 3 > 0);
+    }
+}
+
+void TestChatListScreen::theListIsWalkedByKeys() {
+    Window window;
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.rowOf("4") && window.view.item("title", "Starred Messages"));
+    const auto focused = [&window] {
+        const QQuickItem *item = window.view.activeFocusItem();
+        const QString chatID = item ? item->property("chatID").toString() : QString();
+        return chatID.isEmpty() && item ? item->property("title").toString() : chatID;
+    };
+    const auto isInSight = [&window] {
+        const QQuickItem *item = window.view.activeFocusItem();
+        const QQuickItem *list = window.view.item("count", window.list->chats.count());
+        return list->mapRectToScene(list->boundingRect())
+            .contains(item->mapRectToScene(item->boundingRect()));
+    };
+    const QString last = window.list->chats.at(window.list->chats.count() - 1).id;
+    window.rowOf("1")->forceActiveFocus();
+    for (const auto &[key, expected] :
+         {std::pair(Qt::Key_End, last), {Qt::Key_Home, QString("Orvane AI")}, {Qt::Key_End, last}}) {
+        window.view.press(key);
+        QCOMPARE(focused(), expected);
+        QTRY_VERIFY(isInSight());
+    }
+    // By pages the way goes over fixed rows and chats, and every page ends in sight.
+    QStringList up, down;
+    while (focused() != "Orvane AI" && up.size() < 20) {
+        window.view.press(Qt::Key_PageUp);
+        up.append(focused());
+        QTRY_VERIFY(isInSight());
+    }
+    while (focused() != last && down.size() < 20) {
+        window.view.press(Qt::Key_PageDown);
+        down.append(focused());
+        QTRY_VERIFY(isInSight());
+    }
+    QCOMPARE(up.size(), down.size());
+    QVERIFY(up.size() > 1 && up.size() < 10);
+}
+
+void TestChatListScreen::theMenuOpensWhereverTheFocusIsInTheList_data() {
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("modifier");
+    QTest::newRow("Menu") << int(Qt::Key_Menu) << int(Qt::NoModifier);
+    QTest::newRow("Shift+F10") << int(Qt::Key_F10) << int(Qt::ShiftModifier);
+}
+
+void TestChatListScreen::theMenuOpensWhereverTheFocusIsInTheList() {
+    QFETCH(int, key);
+    QFETCH(int, modifier);
+    Window window;
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.rowOf("1"));
+    // As Tab comes into the list, and as it is after the list has been filled anew.
+    QQuickItem *list = window.view.item("count", window.list->chats.count());
+    for (const char *search : {"", "Be", ""}) {
+        list->forceActiveFocus(Qt::TabFocusReason);
+        window.list->searchText = QLatin1String(search);
+        QTRY_COMPARE(list->property("count").toInt(), *search ? 1 : 11);
+        QTRY_VERIFY(window.view.activeFocusItem() != list);
+        window.view.press(key, Qt::KeyboardModifiers(modifier));
+        QTRY_VERIFY(window.view.showsAnywhere("text", "Pin"));
+        window.view.press(Qt::Key_Escape);
+        QTRY_VERIFY(!window.view.showsAnywhere("text", "Pin"));
+        QVERIFY(!window.view.activeFocusItem()->property("chatID").toString().isEmpty());
+    }
+    // The menu of a chat is not that of a row which is none.
+    window.view.item("title", "Orvane AI")->forceActiveFocus();
+    window.view.press(key, Qt::KeyboardModifiers(modifier));
+    QVERIFY(!window.view.showsAnywhere("text", "Pin"));
+}
+
+void TestChatListScreen::foldersAreOfferedWhereThereAreSome() {
+    Window window;
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.rowOf("1") && window.list->folders()->chatFolders.count() == 2);
+    const auto openMenu = [&window] {
+        window.rowOf("1")->forceActiveFocus();
+        window.view.press(Qt::Key_Menu);
+        return QTest::qWaitFor([&] { return window.view.showsAnywhere("text", "Delete"); });
+    };
+    QVERIFY(openMenu());
+    QVERIFY(window.view.showsAnywhere("text", "Add to folder"));
+    window.view.press(Qt::Key_Escape);
+    QTRY_VERIFY(!window.view.showsAnywhere("text", "Delete"));
+    window.list->folders()->chatFolders.assign({});
+    QVERIFY(openMenu());
+    QVERIFY(!window.view.showsAnywhere("text", "Add to folder"));
+    // The keys know of no entry that isn't there.
+    window.view.press(Qt::Key_Down);
+    window.view.press(Qt::Key_Down);
+    window.view.press(Qt::Key_Return);
+    QTRY_VERIFY(!window.list->chats.find("1"));
+}
+
+void TestChatListScreen::whatIsNotShownIsNotTold() {
+    Window window;
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.rowOf("1") && window.view.item("title", "Starred Messages"));
+    const auto told = [&window] {
+        QStringList names;
+        QAccessibleInterface *list = window.view.accessible("Chats");
+        for (int index = 0; index < list->childCount(); ++index)
+            if (list->child(index)->role() == QAccessible::ListItem)
+                names.append(list->child(index)->text(QAccessible::Name).section(',', 0, 0).left(20));
+        names.sort();
+        return names;
+    };
+    QVERIFY(told().contains("Планёрка") && told().contains("Starred Messages"));
+    window.rowOf("1")->forceActiveFocus();
+    window.list->deleteChat("1");
+    window.list->starredCount = 0;
+    QTRY_VERIFY(!told().contains("Планёрка") && !told().contains("Starred Messages"));
+    // The keyboard is at a row that is there.
+    QTRY_VERIFY(window.view.activeFocusItem()->property("chatID").toString().size() > 0);
+    QVERIFY(window.view.activeFocusItem()->property("chatID") != "1");
+    window.list->searchText = "Ben";
+    QTRY_COMPARE(told().filter("Ben").size(), 1);
+    QTRY_COMPARE(told().filter("WWW").size(), 0);
+    window.list->searchText = "";
+    QTRY_COMPARE(told().filter("WWW").size(), 1);
+}
+
+void TestChatListScreen::aPlaceWithoutChatsSaysWhy() {
+    Window window;
+    MessengerChatListView &list = *window.list;
+    const auto shows = [&window](const char *words) { return window.view.item("text", words) != nullptr; };
+    QVERIFY(list.isLoading && !shows("No chats yet"));
+    QTRY_VERIFY(window.rowOf("1") && list.folders()->chatFolders.count() == 2);
+    list.folders()->activeFolderId = "g";
+    QTRY_VERIFY(shows("No chats in this folder yet"));
+    window.view.takePicture("empty folder");
+    list.folders()->activeFolderId = "";
+    QTRY_VERIFY(window.rowOf("1") && !shows("No chats in this folder yet"));
+    // Fewer than two characters ask nobody.
+    list.searchText = QStringLiteral("ъ");
+    QTRY_VERIFY(shows("Nothing found"));
+    const QByteArray nowhere = "/api/messenger/search/global";
+    window.http.answerFor(nowhere, ScriptedAnswer::of(200, json::compact({{"messages", QJsonArray()}})));
+    list.searchText = QStringLiteral("xyzzy");
+    QVERIFY(list.search()->isSearchingMessages && list.chats.count() == 0 && !shows("Nothing found"));
+    list.searchText = QStringLiteral("xyzzyx");
+    bool tooSoon = false;
+    connect(list.search(), &MessageSearch::searchesRunningChanged, this,
+            [&] { tooSoon |= list.search()->searchesRunning > 0 && shows("Nothing found"); });
+    QTRY_VERIFY(shows("Nothing found"));
+    QVERIFY(!tooSoon);
+    window.view.takePicture("nothing found");
+    list.searchText = QString();
+    QTRY_VERIFY(!shows("Nothing found"));
+    for (const char *id : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"})
+        list.deleteChat(QLatin1String(id));
+    QTRY_VERIFY(shows("No chats yet"));
+}
+
+void TestChatListScreen::theOpenRowIsToldApart() {
+    Window window;
+    MessengerChatListView &list = *window.list;
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(window.rowOf("1"));
+    MessengerChat helper;
+    helper.id = "ai";
+    helper.title = "Helper";
+    helper.participants = {"7", "ai_orvanetalk"};
+    list.chats.insertFirst(helper);
+    window.http.answerFor("/api/messenger/saved", ScriptedAnswer::of(500, "{}"));
+    const auto selected = [&window](const QString &name) {
+        const QAccessibleInterface *row = window.view.accessible(name);
+        return row && row->state().selected;
+    };
+    const QString channel = german + ", Channel";
+    const QString saved = "Saved Messages, Your personal space";
+    const QString ai = "Orvane AI, Your AI assistant";
+    const auto marked = [&] {
+        QStringList names;
+        for (const QString &name : {channel, saved, ai})
+            if (selected(name))
+                names.append(name);
+        return names;
+    };
+    QTRY_VERIFY(window.view.accessible(channel));
+    QCOMPARE(marked(), QStringList());
+    const QImage plain = window.view.grabWindow();
+    window.view.act(channel, "Press");
+    QTRY_COMPARE(marked(), QStringList{channel});
+    const QQuickItem *row = window.view.item("title", german);
+    const QRect place = row->mapRectToScene(row->boundingRect()).toRect();
+    QTRY_VERIFY(window.view.grabWindow().copy(place) != plain.copy(place));
+    window.view.takePicture("open channel");
+    window.view.act(ai, "Press");
+    QTRY_COMPARE(marked(), QStringList{ai});
+    window.view.act(saved, "Press");
+    QTRY_COMPARE(marked(), QStringList{saved});
+    window.view.takePicture("open saved chat");
+    list.selectedChatID = "1";
+    QTRY_COMPARE(marked(), QStringList());
+    QVERIFY(window.view.accessible("Планёрка, See you at eleven, bring the numbers., 3 unread")
+                ->state()
+                .selected);
+}
+
+void TestChatListScreen::aChatLooksAlikeInTheListAndOpen_data() {
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QStringList>("participants");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("no name") << " " << QStringList{"7", "9"} << "Chat";
+    QTest::newRow("the own saved chat") << "Mine" << QStringList{"7"} << "Mine";
+    QTest::newRow("nobody known") << "Alone" << QStringList() << "Alone";
+}
+
+void TestChatListScreen::aChatLooksAlikeInTheListAndOpen() {
+    QFETCH(QString, title);
+    QFETCH(QStringList, participants);
+    QFETCH(QString, name);
+    Window window;
+    QTRY_VERIFY(window.rowOf("1"));
+    MessengerChat chat;
+    chat.id = "saved";
+    QVERIFY(window.view.tokens()->hueOf(chat.id) != window.view.tokens()->hueOf(QString()));
+    chat.title = title;
+    chat.participants = participants;
+    chat.updatedAt = QDateTime::currentDateTimeUtc();
+    window.list->chats.insertFirst(chat);
+    window.list->selectedChatID = "saved";
+    QTRY_VERIFY(window.view.item("placeholderText", "Message...") && window.rowOf("saved"));
+    QQuickItem *row = window.rowOf("saved");
+    QQuickItem *header = window.view.item("members", participants.contains("7") ? participants.size()
+                                                                                : participants.size() + 1);
+    QVERIFY(header && findItem(row, "text", name) && findItem(header, "text", name));
+    QVERIFY(window.view.accessible(name));
+    const auto hue = [](QQuickItem *place) { return findItem(place, "size", 40)->property("color"); };
+    QCOMPARE(hue(header), hue(row));
+}
+
+void TestChatListScreen::everySymbolHasATip() {
+    Window window;
+    QTRY_VERIFY(window.rowOf("1") && window.view.item("text", "New channel"));
+    QGuiApplication::styleHints()->setMousePressAndHoldInterval(1);
+    window.view.resize(800, 600);
+    for (const char *name : {"P2P", "Contacts", "New Channel", "New Group", "New channel"}) {
+        QQuickItem *button = window.view.item("text", name);
+        QVERIFY2(button, name);
+        QTest::mouseMove(&window.view, ScreenWindow::middleOf(button));
+        QQuickItem *tip = nullptr;
+        QTRY_VERIFY2((tip = window.view.tip(name)), name);
+        QTRY_VERIFY(QRectF(QPointF(), window.view.size()).contains(tip->mapRectToScene(tip->boundingRect())));
+        window.view.takePicture(name);
     }
 }
 

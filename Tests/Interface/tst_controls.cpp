@@ -160,12 +160,7 @@ void TestControls::aSymbolTellsItsName() {
                    place + "} }");
     QQuickItem *button = view.item("text", name);
     // In a view that cuts, over which it stands.
-    const auto tip = [&]() -> QQuickItem * {
-        for (QQuickItem *layer : view.contentItem()->childItems())
-            if (layer->inherits("QQuickOverlay"))
-                return findItem(layer, "text", name);
-        return nullptr;
-    };
+    const auto tip = [&] { return view.tip(name); };
     QVERIFY(!tip());
     if (byKey)
         view.press(Qt::Key_Tab);

@@ -71,6 +71,15 @@ struct ScreenWindow : QQuickView {
         return true;
     }
 
+    /// What stands over the screen and has this text.
+    QQuickItem *tip(const QString &text) const {
+        for (QQuickItem *layer : contentItem()->childItems()) {
+            if (layer->inherits("QQuickOverlay"))
+                return findItem(layer, "text", text);
+        }
+        return nullptr;
+    }
+
     static QPoint middleOf(const QQuickItem *item) {
         return item->mapToScene(item->boundingRect().center()).toPoint();
     }
