@@ -6,7 +6,7 @@ import unittest
 from harness.journey import PASSWORD, Journey
 from harness.person import Person
 from harness.processes import eventually
-from harness.screen import ENTRIES, FOCUSED, ROWS
+from harness.screen import BUTTONS, CHECKED, ENABLED, ENTRIES, FOCUSED, ROWS, SELECTED, SENSITIVE
 
 DIALOGS = {"dialog", "alert"}
 
@@ -22,6 +22,7 @@ class ChatList(Journey):
         self.make_channel(anna)
         self.make_folder(anna)
         self.make_group(anna)
+        self.work_by_actions(anna)
         self.open_saved_chat_twice(anna)
         self.search_and_open(anna, boris)
         self.use_the_row_menu(anna)
@@ -33,10 +34,15 @@ class ChatList(Journey):
         person.screen.button("New Channel").press()
         person.screen.find(ENTRIES, "Channel name", FOCUSED)
         self.assert_all_named(person, "new channel")
+        self.assertFalse(person.screen.find(BUTTONS, "Create").is_all(ENABLED))
+        self.assertFalse(person.screen.find(BUTTONS, "Create").is_all(SENSITIVE))
         person.type("News of the house")
+        person.screen.find(BUTTONS, "Create", ENABLED, SENSITIVE)
         self.picture(person, "02-new-channel")
         person.key("Return")
-        person.screen.find(ROWS, "News of the house, Channel")
+        person.screen.find(ROWS, "News of the house, Channel").press()
+        person.screen.find(ROWS, "News of the house, Channel", SELECTED)
+        self.picture(person, "02-open-channel")
 
     def make_folder(self, person: Person) -> None:
         person.screen.button("New folder").press()
@@ -69,6 +75,28 @@ class ChatList(Journey):
         person.key("Return")
         person.screen.find(ROWS, "You, The roses want water, .*")
         self.picture(person, "06-group")
+
+    def work_by_actions(self, person: Person) -> None:
+        """With nothing but what assistive technology can do to what it finds."""
+        person.screen.button("Poll").press()
+        person.screen.find(ENTRIES, re.escape("Вопрос опроса..."), FOCUSED)
+        for text in ("Roses or tulips?", "Roses", "Tulips"):
+            person.type(text)
+            person.key("Return")
+        person.screen.find({"check box"}, "Анонимный").act("Toggle")
+        person.screen.find({"check box"}, "Анонимный", CHECKED)
+        self.picture(person, "06-poll")
+        person.screen.button("Создать").press()
+        person.screen.find({"static", "label", "text"}, "Анонимный")
+        self.picture(person, "06-anonymous-poll")
+
+        person.click(person.screen.find(ROWS, "Gardeners(,.*)?"), button=3)
+        person.screen.find({"menu item"}, "Add to folder").press()
+        person.screen.find({"menu item"}, "📁 Work").press()
+        eventually("the menu is closed", lambda: not person.screen.look({"menu item"}, "Pin"))
+        person.click(person.screen.find(ROWS, "Echo(,.*)?"), button=3)
+        person.screen.find({"menu item"}, "Delete").press()
+        eventually("the row is gone", lambda: "list item 'Echo" not in person.screen.dump())
 
     def open_saved_chat_twice(self, person: Person) -> None:
         for _ in range(2):

@@ -14,7 +14,7 @@ ROWS = {"list item"}
 INTERACTIVE = BUTTONS | ENTRIES | LISTS | ROWS | {"combo box", "spin button", "slider", "menu item", "page tab"}
 
 # Bits of an object's state set.
-ENABLED, FOCUSED, SHOWING, VISIBLE = 8, 12, 25, 30
+CHECKED, ENABLED, FOCUSED, SELECTED, SENSITIVE, SHOWING, VISIBLE = 4, 8, 12, 23, 24, 25, 30
 
 SCREEN_COORDINATES = GLib.Variant("(u)", (0,))
 
@@ -74,10 +74,13 @@ class Node:
         return x + width // 2, y + height // 2
 
     def press(self) -> None:
+        self.act("Press")
+
+    def act(self, action: str) -> None:
         actions = [name for name, _, _ in self._ask("Action", "GetActions")[0]]
-        if "Press" not in actions:
-            raise AssertionError(f"{self.name!r} cannot be pressed, only {actions}")
-        self._ask("Action", "DoAction", GLib.Variant("(i)", (actions.index("Press"),)))
+        if action not in actions:
+            raise AssertionError(f"{self.name!r} has no {action}, only {actions}")
+        self._ask("Action", "DoAction", GLib.Variant("(i)", (actions.index(action),)))
 
     def text(self) -> str:
         return self._ask("Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
