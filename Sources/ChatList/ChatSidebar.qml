@@ -75,9 +75,10 @@ FocusScope {
         function giveFocusToRow() {
             if (!holdsFocusItself || root.screen.isLoading)
                 return;
-            if (currentIndex < 0 && count > 0)
+            // Nobody asked for the list to scroll.
+            if (currentIndex < 0 && count > 0 && headerItem.height + Theme.rowHeight <= height)
                 currentIndex = 0;
-            walk(count > 0 ? 0 : -Infinity);
+            walk(currentIndex < 0 ? -Infinity : 0);
         }
 
         /// Goes `step` rows on from the row that has the focus; `from` tells another row to count from.
