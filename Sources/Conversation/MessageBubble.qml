@@ -180,10 +180,9 @@ Rectangle {
     }
     Loader {
         active: root.link
-        x: content.x
-        y: content.y + over.point.position.y - height - Theme.gap12
-        z: 1
-        sourceComponent: HoverTip {
+        sourceComponent: Tip {
+            parent: content
+            y: over.point.position.y - height - Theme.gap12
             text: root.link
         }
     }

@@ -29,6 +29,7 @@ Row {
         Accessible.ignored: true
     }
     PlainText {
+        id: clock
         text: DisplayTimes.clock(root.row.timestamp)
         font: Theme.captionFont
         color: root.ink
@@ -38,9 +39,10 @@ Row {
 
         Loader {
             active: hover.hovered
-            anchors { bottom: parent.top; bottomMargin: Theme.gap4; right: parent.right }
-            z: 1
-            sourceComponent: HoverTip {
+            sourceComponent: Tip {
+                parent: clock
+                x: clock.width - width
+                y: -height - Theme.gap4
                 text: DisplayTimes.full(root.row.timestamp)
             }
         }

@@ -45,9 +45,14 @@ FocusScope {
     Accessible.focusable: true
     Accessible.focused: focused
 
-    // A new message comes with a spring; one that comes into view again is there already.
+    /// A message that has just come springs up; one that comes into view again is there already.
+    function enter() {
+        Qt.callLater(ReadingOrder.lastFirst, parent);
+        if (Date.now() - timestamp.getTime() < 500)
+            entrance.start();
+    }
     onIndexChanged: Qt.callLater(ReadingOrder.lastFirst, parent)
-    Component.onCompleted: if (Date.now() - timestamp.getTime() < 500) entrance.start()
+    Component.onCompleted: enter()
     ListView.onPooled: {
         entrance.stop();
         entrance.progress = 1;
@@ -56,6 +61,7 @@ FocusScope {
     ListView.onReused: {
         opacity = 1;
         visible = true;
+        enter();
     }
 
     Spring {

@@ -10,19 +10,11 @@ Loader {
     property string text: button.text
 
     active: text && !button.down && (button.hovered || button.visualFocus)
-    sourceComponent: T.ToolTip {
+    sourceComponent: Tip {
         parent: root.button
         x: Math.round((root.button.width - width) / 2)
         y: root.button.height + Theme.gap4
-        margins: Theme.gap4
-        implicitWidth: contentItem.implicitWidth
-        implicitHeight: contentItem.implicitHeight
         delay: Application.styleHints.mousePressAndHoldInterval
-        visible: true
-        // Esc is for what the button stands in.
-        closePolicy: T.Popup.NoAutoClose
-        contentItem: HoverTip {
-            text: root.text
-        }
+        text: root.text
     }
 }

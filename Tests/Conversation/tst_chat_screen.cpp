@@ -1,4 +1,5 @@
 #include "Conversation/MessengerChatView.h"
+#include "Interface/DisplayTimes.h"
 #include "Support/OpenChatParts.h"
 #include "Support/ScreenWindow.h"
 
@@ -100,6 +101,7 @@ private Q_SLOTS:
     void aPasteThatIsTooLongIsCutAndSaidToBe();
     void anEditKeepsItsLines();
     void enterDeletesNothing();
+    void theFullTimeIsInsideTheWindow();
     void marksStayInTheirBubble();
     void whatWasFoldedUnfolds();
     void everyKindOfMessageIsDrawnInEveryTheme_data();
@@ -213,9 +215,9 @@ void TestChatScreen::aLinkShowsWhereItLeadsAndOpensThere() {
     // Beside the link there is nothing to see or to press.
     QTest::mouseMove(&window.view, at(content->width() - 3));
     QTest::mouseClick(&window.view, Qt::LeftButton, {}, at(content->width() - 3));
-    QVERIFY(!window.view.item("text", "https://a.example/long/way"));
+    QVERIFY(!window.view.tip("https://a.example/long/way"));
     QTest::mouseMove(&window.view, at(40));
-    QTRY_VERIFY(window.view.item("text", "https://a.example/long/way"));
+    QTRY_VERIFY(window.view.tip("https://a.example/long/way"));
     window.view.takePicture("link");
     QTest::mouseClick(&window.view, Qt::LeftButton, {}, at(40));
     QTRY_COMPARE(m_opened, QStringList{"https://a.example/long/way"});
@@ -436,6 +438,33 @@ void TestChatScreen::enterDeletesNothing() {
     QTRY_VERIFY(!window.screen->deletingMessage.value());
     QCOMPARE(window.http.requests().size(), asked);
     QTRY_VERIFY(window.input()->hasActiveFocus());
+}
+
+void TestChatScreen::theFullTimeIsInsideTheWindow() {
+    Window window({});
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!window.screen->isLoading);
+    for (int number = 0; number < 30; ++number)
+        window.add(QString::number(number), QStringLiteral("9"));
+    QTRY_VERIFY(window.showsNewest());
+    // The row that the upper edge of the list cuts, and whose time stands just below that.
+    window.messages()->setProperty("contentY", window.messages()->property("contentY").toDouble() - 300);
+    window.view.grabWindow();
+    for (QQuickItem *row : window.rows()) {
+        const QString full = DisplayTimes::full(row->property("timestamp").toDateTime());
+        QQuickItem *clock =
+            findItem(row, "text", DisplayTimes::clock(row->property("timestamp").toDateTime()));
+        const QPoint middle = window.view.middleOf(clock);
+        if (!window.messages()->contains(window.messages()->mapFromScene(middle)))
+            continue;
+        QTest::mouseMove(&window.view, middle);
+        QTRY_VERIFY(window.view.tip(full));
+        const QQuickItem *tip = window.view.tip(full);
+        const QRectF place = tip->mapRectToScene(QRectF(0, 0, tip->width(), tip->height()));
+        QVERIFY(QRectF(QPointF(), window.view.size()).contains(place));
+        QTest::mouseMove(&window.view, QPoint(1, 1));
+        QTRY_VERIFY(!window.view.tip(full));
+    }
 }
 
 void TestChatScreen::marksStayInTheirBubble() {
