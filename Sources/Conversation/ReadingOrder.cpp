@@ -7,7 +7,8 @@
 namespace orvane {
 
 void ReadingOrder::lastFirst(QQuickItem *content) {
-    if (!QAccessible::isActive())
+    // Asked for later, the list may be gone by now.
+    if (!content || !QAccessible::isActive())
         return;
     const auto place = [](const QQuickItem *item) { return item->property("index").toInt(); };
     QList<QQuickItem *> rows = content->childItems();
