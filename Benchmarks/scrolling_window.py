@@ -17,7 +17,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "Tests/Journeys"
 
 from harness import processes  # noqa: E402
 from harness.person import Person  # noqa: E402
-from harness.screen import LISTS, ROWS, Screen  # noqa: E402
+from harness.screen import LISTS, ROWS, Node, Screen  # noqa: E402
 from harness.server import HomeServer  # noqa: E402
 from startup import FRAME_LOG, PASSWORD, post  # noqa: E402
 
@@ -52,10 +52,9 @@ def open_client(person: Person, backend: str) -> Screen:
 
 
 def scroll(person: Person, seconds: float) -> tuple[float, list[int]]:
-    """Seconds of the processor, and the milliseconds of each frame."""
+    """Seconds of the processor a second, and the milliseconds of each frame."""
     processes.eventually("the newest message shows", lambda: person.screen.look(ROWS, "You, 49:.*"))
-    x, y = person.screen.find(LISTS, "Messages").middle()
-    person.xdotool("mousemove", str(x), str(y))
+    person.xdotool("mousemove", *middle(person, person.screen.find(LISTS, "Messages")))
     before = seconds_of_processor(person.client_pid())
     lines_before = len(person.client_log().splitlines())
     began = time.monotonic()
@@ -67,24 +66,30 @@ def scroll(person: Person, seconds: float) -> tuple[float, list[int]]:
     return spent, [int(found[1]) for line in told if (found := re.search(r"rendered.* in (\d+)ms", line))]
 
 
+def middle(person: Person, node: Node) -> list[str]:
+    """Assistive technology is told of places before they are scaled."""
+    return [str(place * int(person.environment["QT_SCALE_FACTOR"])) for place in node.middle()]
+
+
 def measure(folder: Path, size: str, scale: str, seconds: float) -> dict[str, tuple[float, list[int]]]:
     server = HomeServer(BUILD / "bin/orvanetalk-homeserver", folder / "server")
     server.start()
     fill(server)
     (folder / "anna").mkdir()
     person = Person("anna", BUILD / "bin/orvanetalk", folder / "anna", server, size)
-    person.environment |= FRAME_LOG | {"QT_SCALE_FACTOR": scale}
+    person.environment |= FRAME_LOG
     screen = open_client(person, "software")
     person.fill("Логин", "anna")
     person.fill("Пароль", PASSWORD)
     person.click(screen.button("Войти"))
+    screen.find(LISTS, "Chats")
+    person.environment["QT_SCALE_FACTOR"] = scale
     measured = {}
     for name, backend in (("processor", "software"), ("GL", "rhi")):
-        if measured:
-            person.close_client()
-            screen = open_client(person, backend)
+        person.close_client()
+        screen = open_client(person, backend)
         screen.find(LISTS, "Chats")
-        person.click(screen.find(ROWS, "Scrolled(,.*)?"))
+        person.xdotool("mousemove", *middle(person, screen.find(ROWS, "Scrolled(,.*)?")), "click", "1")
         measured[name] = scroll(person, seconds)
     return measured
 
