@@ -1,5 +1,7 @@
 #include "Server/HttpAnswer.h"
 
+#include "Server/NetworkAccess.h"
+
 #include <QCoroNetworkReply>
 #include <QNetworkReply>
 
@@ -14,6 +16,7 @@ bool failedBelowHttp(const QNetworkReply &reply, int status) {
     case QNetworkReply::NoError:
         return false;
     case QNetworkReply::ProtocolFailure:
+    case QNetworkReply::ContentReSendError:
         return true;
     case QNetworkReply::ProtocolUnknownError:
     case QNetworkReply::InsecureRedirectError:
@@ -30,13 +33,16 @@ QString describe(const QNetworkReply &reply) {
     // Nothing here aborts a request but its own time-out.
     if (reply.error() == QNetworkReply::OperationCanceledError)
         return QStringLiteral("The request timed out.");
+    // The library has no words for a request that it may not repeat.
+    if (reply.error() == QNetworkReply::ContentReSendError)
+        return QStringLiteral("Connection closed");
     return reply.errorString();
 }
 
 } // namespace
 
 QNetworkAccessManager &sharedNetwork() {
-    static auto *network = new QNetworkAccessManager;
+    static auto *network = new NetworkAccess;
     return *network;
 }
 

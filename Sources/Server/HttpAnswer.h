@@ -19,7 +19,7 @@ struct HttpAnswer {
     QString transportError;
 };
 
-/// The network access that all requests of the process share. Main thread.
+/// The network access that all requests of the process share; it repeats nothing that acts. Main thread.
 QNetworkAccessManager &sharedNetwork();
 
 /// A request for `url` that gives up after `timeoutMs` without a byte and follows redirects within one origin

@@ -1,3 +1,4 @@
+#include "Server/HttpAnswer.h"
 #include "Server/HttpTransport.h"
 #include "Support/Await.h"
 #include "Support/ScriptedHttpServer.h"
@@ -37,6 +38,9 @@ private Q_SLOTS:
     void statusDecidesBetweenBodyAndCode();
     void brokenAnswersAreTransportErrors_data();
     void brokenAnswersAreTransportErrors();
+    void whatActsIsSentOnce_data();
+    void whatActsIsSentOnce();
+    void actingRequestsFollowRedirects();
     void nobodyListeningIsATransportError();
     void redirectsStayWithinOneOrigin_data();
     void redirectsStayWithinOneOrigin();
@@ -198,14 +202,73 @@ void TestHttpTransport::brokenAnswersAreTransportErrors() {
         answer.bytes = bytes;
     if (ending == u"close")
         answer.afterwards = ScriptedAnswer::Afterwards::close;
-    // The network library asks again by itself where not a byte came back.
-    for (int again = 0; again < 5; ++again)
-        m_server.answerNext(answer);
+    m_server.answerNext(answer);
     HttpTransport impatient(m_server.base(), m_signedIn->session, ending.isEmpty() ? 200 : 60'000);
     const auto outcome = outcomeOf(impatient.post(path, {}));
     QCOMPARE(told(outcome), QStringLiteral("<transport>"));
     m_server.reset();
     QCOMPARE(told(outcomeOf(m_http->get(path))), QStringLiteral("{}"));
+}
+
+void TestHttpTransport::whatActsIsSentOnce_data() {
+    QTest::addColumn<QString>("request");
+    QTest::addColumn<bool>("obliging");
+    QTest::addColumn<QString>("outcome");
+    QTest::addColumn<int>("arrivals");
+    for (const char *acting : {"POST", "PATCH", "DELETE", "large POST", "bare POST"}) {
+        QTest::addRow("%s", acting) << acting << true << "{}" << 1;
+        QTest::addRow("%s, on a connection that stays against our wish", acting)
+            << acting << false << "<transport>" << 1;
+    }
+    for (const char *repeatable : {"GET", "keyed POST"})
+        QTest::addRow("%s", repeatable) << repeatable << true << "{}" << 2;
+}
+
+void TestHttpTransport::whatActsIsSentOnce() {
+    QFETCH(QString, request);
+    QFETCH(bool, obliging);
+    ScriptedHttpServer server;
+    HttpTransport http(server.base(), m_signedIn->session);
+    server.endReused();
+    if (!obliging) {
+        ScriptedAnswer staying = ScriptedAnswer::of(200, "{}");
+        staying.afterwards = ScriptedAnswer::Afterwards::keepOpen;
+        server.answerNext(staying);
+    }
+    const QJsonObject body{{"k", QString(request.startsWith("large") ? 1'000'000 : 1, 'x')}};
+    const auto send = [&] {
+        if (request == "bare POST") {
+            QNetworkRequest bare = httpRequest(QUrl(server.base() + path), 60'000);
+            bare.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
+            const auto answer = QCoro::waitFor(awaitAnswer(sharedNetwork().post(bare, json::compact(body))));
+            return answer.transportError.isNull() ? QString::fromUtf8(answer.body) : "<transport>";
+        }
+        return told(outcomeOf(request == "GET"          ? http.get(path)
+                              : request == "PATCH"      ? http.patch(path, body)
+                              : request == "DELETE"     ? http.del(path, body)
+                              : request == "keyed POST" ? http.post(path, body, {{"Idempotency-Key", "k"}})
+                                                        : http.post(path, body)));
+    };
+    QCOMPARE(send(), "{}");
+    QTEST(send(), "outcome");
+    QTEST(int(server.requests().size()) - 1, "arrivals");
+}
+
+void TestHttpTransport::actingRequestsFollowRedirects() {
+    for (const int status : {307, 308}) {
+        m_server.reset();
+        m_server.answerNext(ScriptedAnswer::of(status, "", "Location: /moved\r\n"));
+        const QJsonObject body{{"k", QString(1'000'000, 'x')}};
+        QCOMPARE(told(outcomeOf(m_http->post(path, body))), "{}");
+        QCOMPARE(m_server.lastRequest().target, "/moved");
+        QCOMPARE(m_server.lastRequest().body, json::compact(body));
+        // What moved may not come twice either.
+        m_server.reset();
+        m_server.answerNext(ScriptedAnswer::of(status, "", "Location: /moved\r\n"));
+        m_server.answerNext(ScriptedAnswer::closed());
+        QCOMPARE(told(outcomeOf(m_http->post(path, body))), "<transport>");
+        QCOMPARE(m_server.requests().size(), 2);
+    }
 }
 
 void TestHttpTransport::nobodyListeningIsATransportError() {

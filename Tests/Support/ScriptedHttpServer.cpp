@@ -43,7 +43,7 @@ QByteArray head(int status, qsizetype bodySize, const QByteArray &extraHeaders) 
 } // namespace
 
 ScriptedAnswer ScriptedAnswer::of(int status, const QByteArray &body, const QByteArray &extraHeaders) {
-    return {head(status, body.size(), extraHeaders) + body, Afterwards::keepOpen, false};
+    return {head(status, body.size(), extraHeaders) + body, Afterwards::asAsked, false};
 }
 
 ScriptedAnswer ScriptedAnswer::truncated(const QByteArray &body) {
@@ -85,16 +85,22 @@ void ScriptedHttpServer::accept() {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            m_unread.remove(socket);
+            m_incoming.remove(socket);
             socket->deleteLater();
         });
     }
 }
 
 void ScriptedHttpServer::read(QTcpSocket *socket) {
-    QByteArray &unread = m_unread[socket];
-    unread += socket->readAll();
-    while (auto request = takeRequest(unread)) {
+    Incoming &incoming = m_incoming[socket];
+    incoming.unread += socket->readAll();
+    if (m_endsReused && incoming.answered > 0) {
+        m_requests.append(RecordedRequest());
+        socket->abort();
+        return;
+    }
+    while (auto request = takeRequest(incoming.unread)) {
+        ++incoming.answered;
         m_requests.append(*request);
         answer(socket);
     }
@@ -102,8 +108,13 @@ void ScriptedHttpServer::read(QTcpSocket *socket) {
 
 void ScriptedHttpServer::answer(QTcpSocket *socket) {
     const QByteArray path = m_requests.last().target.split('?').first();
-    const ScriptedAnswer next =
+    ScriptedAnswer next =
         m_script.isEmpty() ? m_standing.value(path, ScriptedAnswer::of(200, "{}")) : m_script.takeFirst();
+    if (next.afterwards == ScriptedAnswer::Afterwards::asAsked &&
+        m_requests.last().headers.value("connection") == "close") {
+        next.bytes->insert(next.bytes->indexOf("\r\n") + 2, "Connection: close\r\n");
+        next.afterwards = ScriptedAnswer::Afterwards::close;
+    }
     if (next.held)
         m_held.append({socket, next});
     else

@@ -24,7 +24,8 @@ struct RecordedRequest {
 
 /// What the server does with one request.
 struct ScriptedAnswer {
-    enum class Afterwards { keepOpen, close };
+    /// asAsked: the connection ends if the request wants it to.
+    enum class Afterwards { keepOpen, close, asAsked };
 
     /// Absent: not a byte is sent.
     std::optional<QByteArray> bytes;
@@ -57,6 +58,9 @@ public:
     void answerNext(const ScriptedAnswer &answer) { m_script.append(answer); }
     /// For every request to this path, with any query, while the script is empty.
     void answerFor(const QByteArray &path, const ScriptedAnswer &answer) { m_standing.insert(path, answer); }
+    /// From now on a connection ends at the first bytes of its second request, which is recorded without
+    /// them.
+    void endReused() { m_endsReused = true; }
     /// Sends the answers that were held back, in the order of their requests.
     void release();
 
@@ -78,7 +82,13 @@ private:
     void read(QTcpSocket *socket);
     void answer(QTcpSocket *socket);
 
-    QHash<QTcpSocket *, QByteArray> m_unread;
+    struct Incoming {
+        QByteArray unread;
+        int answered = 0;
+    };
+
+    QHash<QTcpSocket *, Incoming> m_incoming;
+    bool m_endsReused = false;
     QList<ScriptedAnswer> m_script;
     QHash<QByteArray, ScriptedAnswer> m_standing;
     QList<Held> m_held;
