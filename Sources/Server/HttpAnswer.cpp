@@ -21,6 +21,9 @@ bool failedBelowHttp(const QNetworkReply &reply, int status) {
     case QNetworkReply::ProtocolUnknownError:
     case QNetworkReply::InsecureRedirectError:
         return status < 300 || status >= 400;
+    case QNetworkReply::UnknownContentError:
+        // Told of a body that can't be unpacked, too.
+        return status < 400;
     case QNetworkReply::ProtocolInvalidOperationError:
     case QNetworkReply::ProxyAuthenticationRequiredError:
         return status == 0;
@@ -29,8 +32,50 @@ bool failedBelowHttp(const QNetworkReply &reply, int status) {
     }
 }
 
-QString describe(const QNetworkReply &reply) {
-    // Nothing here aborts a request but its own time-out.
+/// Takes a body over while it comes, and gives the request up once that is too much.
+class Intake : public QObject {
+public:
+    Intake(QNetworkReply *reply, qint64 limit)
+        : QObject(reply)
+        , m_reply(reply)
+        , m_limit(limit) {
+        // Who sends faster than is taken here has to wait.
+        reply->setReadBufferSize(largestAhead);
+        connect(reply, &QNetworkReply::readyRead, this, &Intake::take);
+    }
+
+    void take() {
+        while (m_reply->isOpen()) {
+            const QByteArray part = m_reply->read(largestPart);
+            if (part.isEmpty())
+                return;
+            m_isTooLarge = m_body.size() + part.size() > m_limit;
+            if (m_isTooLarge) {
+                m_body.clear();
+                m_reply->abort();
+                return;
+            }
+            m_body += part;
+        }
+    }
+
+    bool isTooLarge() const { return m_isTooLarge; }
+    QByteArray body() const { return m_body; }
+
+private:
+    static constexpr qint64 largestAhead = 4LL * 1024 * 1024;
+    static constexpr qint64 largestPart = 65'536;
+
+    QNetworkReply *m_reply;
+    qint64 m_limit;
+    QByteArray m_body;
+    bool m_isTooLarge = false;
+};
+
+QString describe(const QNetworkReply &reply, const Intake &intake) {
+    if (intake.isTooLarge())
+        return QStringLiteral("The answer is too large.");
+    // Nothing else here aborts a request but its own time-out.
     if (reply.error() == QNetworkReply::OperationCanceledError)
         return QStringLiteral("The request timed out.");
     // The library has no words for a request that it may not repeat.
@@ -49,19 +94,21 @@ QNetworkAccessManager &sharedNetwork() {
 QNetworkRequest httpRequest(const QUrl &url, int timeoutMs) {
     QNetworkRequest request(url);
     request.setTransferTimeout(timeoutMs);
+    // Packed or not, a body has one limit, and awaitAnswer keeps it.
+    request.setDecompressedSafetyCheckThreshold(-1);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
     return request;
 }
 
-QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply) {
+QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply, qint64 limit) {
+    auto *intake = new Intake(reply, limit);
     co_await reply;
+    intake->take();
     HttpAnswer answer;
     answer.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    // A request that timed out is closed.
-    if (reply->isOpen())
-        answer.body = reply->readAll();
-    if (failedBelowHttp(*reply, answer.status))
-        answer.transportError = describe(*reply);
+    answer.body = intake->body();
+    if (intake->isTooLarge() || failedBelowHttp(*reply, answer.status))
+        answer.transportError = describe(*reply, *intake);
     reply->deleteLater();
     co_return answer;
 }

@@ -5,11 +5,17 @@
 #include "Support/SignedInSession.h"
 #include "Support/TestMain.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <sys/resource.h>
+
 using namespace orvane;
 
 namespace {
 
 const QString path = QStringLiteral("/api/messenger/x");
+constexpr qsizetype answerLimit = 100'000;
 
 /// "body" or the name of the failure in brackets.
 QString told(const Outcome<QByteArray> &outcome) {
@@ -38,6 +44,9 @@ private Q_SLOTS:
     void statusDecidesBetweenBodyAndCode();
     void brokenAnswersAreTransportErrors_data();
     void brokenAnswersAreTransportErrors();
+    void answersHaveALimit_data();
+    void answersHaveALimit();
+    void anAnswerWithoutEndCostsLittleMemory();
     void whatActsIsSentOnce_data();
     void whatActsIsSentOnce();
     void actingRequestsFollowRedirects();
@@ -63,9 +72,26 @@ private:
     std::unique_ptr<HttpTransport> m_http;
 };
 
-/// One request to the given base.
+/// One request: to the given base, or else to a server that never comes to an end.
 int TestHttpTransport::child(const QStringList &arguments) {
     SignedInSession signedIn;
+    if (arguments.isEmpty()) {
+        QTcpServer server;
+        server.listen(QHostAddress::LocalHost);
+        QObject::connect(&server, &QTcpServer::newConnection, [&] {
+            QTcpSocket *socket = server.nextPendingConnection();
+            const auto goOn = [socket] { socket->write(QByteArray(1'000'000, 'x')); };
+            QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [socket, goOn] {
+                if (socket->bytesToWrite() == 0)
+                    goOn();
+            });
+            socket->write("HTTP/1.1 200 OK\r\n\r\n");
+        });
+        const rlimit limit{1'000'000'000, 1'000'000'000};
+        setrlimit(RLIMIT_AS, &limit);
+        HttpTransport http(QString("http://127.0.0.1:%1").arg(server.serverPort()), signedIn.session);
+        return told(outcomeOf(http.get(path))) == "<transport>" ? 0 : 1;
+    }
     HttpTransport http(arguments.at(0), signedIn.session, 1000);
     outcomeOf(http.get(arguments.at(1)));
     return 0;
@@ -208,6 +234,53 @@ void TestHttpTransport::brokenAnswersAreTransportErrors() {
     QCOMPARE(told(outcome), QStringLiteral("<transport>"));
     m_server.reset();
     QCOMPARE(told(outcomeOf(m_http->get(path))), QStringLiteral("{}"));
+}
+
+void TestHttpTransport::answersHaveALimit_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<qsizetype>("size");
+    QTest::addColumn<QString>("failure");
+    const QByteArray ok("HTTP/1.1 200 OK\r\n");
+    const QByteArray packed("Content-Encoding: deflate\r\n");
+    const QByteArray zeros(answerLimit, '0');
+    const auto withLength = [](const QByteArray &head, const QByteArray &body) {
+        return head + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+    };
+    const auto zip = [](const QByteArray &bytes) { return qCompress(bytes).sliced(4); };
+    const QString tooLarge("The answer is too large.");
+    QTest::newRow("just small enough") << withLength(ok, zeros) << answerLimit << QString();
+    QTest::newRow("just small enough, packed")
+        << withLength(ok + packed, zip(zeros)) << answerLimit << QString();
+    // None of these comes to its end.
+    const QByteArray more(answerLimit + 1, 'x');
+    QTest::newRow("no length") << ok + "\r\n" + more << qsizetype(0) << tooLarge;
+    QTest::newRow("a length that promises more")
+        << ok + "Content-Length: 9000000000000\r\n\r\n" + more << qsizetype(0) << tooLarge;
+    QTest::newRow("chunks") << ok + "Transfer-Encoding: chunked\r\n\r\n" +
+                                   QByteArray("5000\r\n" + QByteArray(0x5000, 'x') + "\r\n").repeated(6)
+                            << qsizetype(0) << tooLarge;
+    QTest::newRow("packed") << ok + packed + "\r\n" + zip(QByteArray(100 * answerLimit, 'x')) << qsizetype(0)
+                            << tooLarge;
+    QTest::newRow("a failure") << "HTTP/1.1 500 Oh\r\n\r\n" + more << qsizetype(0) << tooLarge;
+    QTest::newRow("packed badly") << withLength(ok + packed, "no zip") << qsizetype(0)
+                                  << "Decompression failed: ";
+}
+
+void TestHttpTransport::answersHaveALimit() {
+    QFETCH(QByteArray, bytes);
+    m_server.answerNext({bytes, ScriptedAnswer::Afterwards::keepOpen, false});
+    const QNetworkRequest request = httpRequest(QUrl(m_server.base()), 10'000);
+    const HttpAnswer answer = QCoro::waitFor(awaitAnswer(sharedNetwork().get(request), answerLimit));
+    QTEST(answer.body.size(), "size");
+    QTEST(answer.transportError, "failure");
+}
+
+void TestHttpTransport::anAnswerWithoutEndCostsLittleMemory() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("a sanitizer needs all addresses there are");
+#endif
+    const ChildResult result = runChild({});
+    QVERIFY2(!result.crashed && result.exitCode == 0, qPrintable(result.errors));
 }
 
 void TestHttpTransport::whatActsIsSentOnce_data() {
