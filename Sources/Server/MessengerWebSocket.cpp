@@ -42,6 +42,9 @@ struct MessengerWebSocket::Connection : QObject {
         , owner(parent) {
         // A message cut into frames is cut at any byte, and its reader refuses half a character.
         socket.setOutgoingFrameSize(QWebSocket::maxOutgoingFrameSize());
+        socket.setMaxAllowedIncomingFrameSize(parent->m_messageLimit);
+        socket.setMaxAllowedIncomingMessageSize(parent->m_messageLimit);
+        socket.setReadBufferSize(wholeFrame());
         next.setSingleShot(true);
         QObject::connect(&next, &QTimer::timeout, this, &Connection::handOn);
     }
@@ -80,8 +83,11 @@ struct MessengerWebSocket::Connection : QObject {
                 return;
             }
         }
-        socket.setReadBufferSize(0);
+        socket.setReadBufferSize(wholeFrame());
     }
+
+    /// A frame is taken out of the buffer once all of it is there.
+    qint64 wholeFrame() const { return qint64(socket.maxAllowedIncomingFrameSize()) + slowBuffer; }
 
     /// Nothing more of this connection is of interest.
     void abandon() {
@@ -102,10 +108,12 @@ struct MessengerWebSocket::Connection : QObject {
     QWebSocket socket;
 };
 
-MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, QObject *parent)
+MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, quint64 messageLimit,
+                                       QObject *parent)
     : QObject(parent)
     , m_url(url)
-    , m_timing(timing) {
+    , m_timing(timing)
+    , m_messageLimit(messageLimit) {
     QObject::connect(&timer, &QTimer::timeout, this, [this] {
         send({{QStringLiteral("type"), QStringLiteral("ping")}});
     });

@@ -17,7 +17,8 @@ namespace orvane {
 
 /// The connection to the server's event stream (RFC 6455, JSON text frames). It authenticates with its first
 /// frame, pings, and after a failure connects again after a fixed delay for as long as the process lives.
-/// Frames that are no JSON object with a text `type` are dropped, and so is "pong". Main thread.
+/// Frames that are no JSON object with a text `type` are dropped, and so is "pong". A message that goes over
+/// the limit, in one frame or in several, is a failure as soon as that shows. Main thread.
 ///
 ///     idle --connect--> waiting --frame--> connected
 ///                          |                  |
@@ -36,7 +37,11 @@ public:
         std::chrono::milliseconds handshakeTimeout{60'000};
     };
 
-    MessengerWebSocket(const QString &url, Timing timing, QObject *parent = nullptr);
+    /// In bytes. No event comes near it.
+    static constexpr quint64 largestMessage = 16ULL * 1024 * 1024;
+
+    MessengerWebSocket(const QString &url, Timing timing, quint64 messageLimit = largestMessage,
+                       QObject *parent = nullptr);
     ~MessengerWebSocket() override;
 
     static MessengerWebSocket &shared();
@@ -67,6 +72,7 @@ private:
 
     QString m_url;
     Timing m_timing;
+    quint64 m_messageLimit;
     /// The current connection; the ones before stay children of this object until they end.
     Connection *ws = nullptr;
     QTimer timer;

@@ -3,9 +3,15 @@
 #include "Support/ScriptedHttpServer.h"
 #include "Support/TestMain.h"
 
+#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QJsonDocument>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QtEndian>
 #include <QTimer>
+
+#include <sys/resource.h>
 
 using namespace orvane;
 using namespace std::chrono_literals;
@@ -59,6 +65,53 @@ public:
     WSEvent last;
 };
 
+constexpr qsizetype frameLimit = 200'000;
+
+/// A WebSocket server that accepts whoever comes, says these bytes, and neither listens nor closes.
+struct RawSocketServer {
+    /// `again` follows for ever.
+    explicit RawSocketServer(const QByteArray &bytes, const QByteArray &again = {}) {
+        server.listen(QHostAddress::LocalHost);
+        QObject::connect(&server, &QTcpServer::newConnection, [=, this] {
+            QTcpSocket *socket = server.nextPendingConnection();
+            ++connections;
+            QObject::connect(socket, &QTcpSocket::disconnected, [this] { ++ended; });
+            QObject::connect(socket, &QTcpSocket::readyRead, socket, [=] {
+                const QByteArray request = socket->readAll();
+                const qsizetype key = request.indexOf("Sec-WebSocket-Key: ");
+                if (key < 0)
+                    return;
+                const QByteArray salted = request.mid(key + 19, 24) + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
+                socket->write("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
+                              "Connection: Upgrade\r\nSec-WebSocket-Accept: " +
+                              QCryptographicHash::hash(salted, QCryptographicHash::Sha1).toBase64() +
+                              "\r\n\r\n");
+                socket->write(bytes);
+            });
+            QObject::connect(socket, &QTcpSocket::bytesWritten, socket, [=] {
+                if (socket->bytesToWrite() == 0)
+                    socket->write(again);
+            });
+        });
+    }
+
+    QString url() const { return QStringLiteral("ws://127.0.0.1:%1/ws").arg(server.serverPort()); }
+
+    int connections = 0;
+    int ended = 0;
+    QTcpServer server;
+};
+
+/// The head of a frame: its first byte, then its length.
+QByteArray frameHead(char first, quint64 size) {
+    QByteArray head(1, first);
+    if (size < 126)
+        return head.append(char(size));
+    head.append('\x7f').append(8, '\0');
+    qToBigEndian(size, head.data() + 2);
+    return head;
+}
+
 /// A connection that has shown its token.
 struct Live {
     explicit Live(MessengerWebSocket::Timing timing = slow)
@@ -78,6 +131,9 @@ struct Live {
 class TestWebSocket : public QObject {
     Q_OBJECT
 
+public:
+    static int child(const QStringList &arguments);
+
 private Q_SLOTS:
     void authIsTheWholeHandshake();
     void framesSentEarlyFollowAuth();
@@ -89,6 +145,10 @@ private Q_SLOTS:
     void eventsKeepTheirOrder();
     void aBurstLeavesOthersTheirTurnAndLosesNothing();
     void largeFramesPassBothWays();
+    void framesHaveALimit_data();
+    void framesHaveALimit();
+    void aServerWithoutEndCostsLittleMemory_data();
+    void aServerWithoutEndCostsLittleMemory();
     void pingsGoOutAtTheirInterval();
     void secondConnectLeavesOnePingTimer();
     void replacedConnectionReportsOnceMore_data();
@@ -252,6 +312,56 @@ void TestWebSocket::largeFramesPassBothWays() {
     server.sendText(0, server.frames(0).last());
     QTRY_COMPARE(subscriber.types.size(), 1);
     QCOMPARE(subscriber.last.data, map);
+}
+
+void TestWebSocket::framesHaveALimit_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("passes");
+    constexpr char text = '\x81';
+    const QByteArray event = R"({"type":"x"})";
+    const QByteArray padded = event + QByteArray(frameLimit - event.size(), ' ');
+    QTest::newRow("as large as may be") << frameHead(text, frameLimit) + padded << true;
+    QTest::newRow("in parts, as large as may be")
+        << frameHead('\x01', frameLimit / 2) + padded.first(frameLimit / 2) +
+               frameHead('\x80', frameLimit / 2) + padded.sliced(frameLimit / 2)
+        << true;
+    // None of these comes to its end.
+    QTest::newRow("announced") << frameHead(text, frameLimit + 1) << false;
+    QTest::newRow("announced beyond all bounds")
+        << frameHead(text, std::numeric_limits<qint64>::max()) << false;
+    QTest::newRow("announced, binary") << frameHead('\x82', frameLimit + 1) << false;
+    QTest::newRow("in parts") << frameHead('\x01', frameLimit) + padded + frameHead('\0', 1) + ' ' << false;
+}
+
+void TestWebSocket::framesHaveALimit() {
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, passes);
+    RawSocketServer server(bytes);
+    MessengerWebSocket socket(server.url(), reconnecting, frameLimit);
+    const Subscriber subscriber(socket);
+    socket.connect(token);
+    if (passes) {
+        QTRY_COMPARE(subscriber.types, QStringList{"x"});
+    } else {
+        // Without a limit the library takes 5 s to notice that no more comes.
+        QTRY_VERIFY_WITH_TIMEOUT(server.connections >= 2 && server.ended >= 1, 3000);
+        QVERIFY(!socket.isConnected.value());
+    }
+}
+
+void TestWebSocket::aServerWithoutEndCostsLittleMemory_data() {
+    QTest::addColumn<QString>("what");
+    for (const char *what : {"frame", "parts"})
+        QTest::newRow(what) << QString(what);
+}
+
+void TestWebSocket::aServerWithoutEndCostsLittleMemory() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("a sanitizer needs all addresses there are");
+#endif
+    QFETCH(QString, what);
+    const ChildResult result = runChild({what});
+    QVERIFY2(!result.crashed && result.exitCode == 0, qPrintable(result.errors));
 }
 
 void TestWebSocket::pingsGoOutAtTheirInterval() {
@@ -467,6 +577,20 @@ void TestWebSocket::endsCleanlyInEveryState() {
     MessengerWebSocket other(next.url(), slow);
     other.connect(token);
     QTRY_COMPARE(next.frames(0), QStringList{auth});
+}
+
+/// Connects to a server that goes on for ever, until that one has been given up.
+int TestWebSocket::child(const QStringList &arguments) {
+    const QString what = arguments.first();
+    const QByteArray noise(1'000'000, 'x');
+    const QByteArray part = frameHead('\0', quint64(noise.size())) + noise;
+    RawSocketServer server(what == "frame" ? frameHead('\x81', 1'500'000'000) : frameHead('\x01', 1) + ' ',
+                           what == "frame" ? noise : part);
+    MessengerWebSocket socket(server.url(), {1h, 20ms});
+    const rlimit limit{1'000'000'000, 1'000'000'000};
+    setrlimit(RLIMIT_AS, &limit);
+    socket.connect(token);
+    return QTest::qWaitFor([&] { return server.ended > 0 && server.connections > 1; }, 20'000) ? 0 : 1;
 }
 
 ORVANE_TEST_MAIN(TestWebSocket)
