@@ -7,6 +7,8 @@
 #include "Conversation/MessengerChatView.h"
 #include "RichContent/PollVotes.h"
 
+#include <algorithm>
+
 namespace orvane {
 
 namespace {
@@ -14,6 +16,15 @@ namespace {
 QDateTime timeOf(const QJsonObject &raw) {
     const auto createdAt = json::number(raw, u"created_at");
     return createdAt ? times::fromUnixSeconds(*createdAt) : QDateTime::currentDateTimeUtc();
+}
+
+// An id goes into paths of requests as it is, and here a stranger wrote it.
+bool isHarmlessId(const QString &id) {
+    constexpr qsizetype longest = 64;
+    const auto isHarmless = [](QChar c) {
+        return c == u'-' || c == u'_' || (c.unicode() < 0x80 && c.isLetterOrNumber());
+    };
+    return !id.isEmpty() && id.size() <= longest && std::all_of(id.begin(), id.end(), isHarmless);
 }
 
 } // namespace
@@ -65,7 +76,8 @@ void ChatEvents::handleDirect(const QJsonObject &userInfo) {
     if (!senderID || !content)
         return;
     MessengerMessage message;
-    message.id = json::text(*raw, u"id").value_or(freshId());
+    const auto id = json::text(*raw, u"id");
+    message.id = id && isHarmlessId(*id) ? *id : freshId();
     message.chatID = m_screen.chat.id;
     message.senderID = *senderID;
     message.content = *content;

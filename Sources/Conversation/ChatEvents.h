@@ -21,7 +21,8 @@ public:
         : m_screen(screen) {}
 
     void handle(const WSEvent &event);
-    /// A message that came over the local network: `chat_id`, `message`.
+    /// A message that came over the local network: `chat_id`, `message`. An id that could be more than a
+    /// segment of a path gives way to a fresh one.
     void handleDirect(const QJsonObject &userInfo);
 
 private:

@@ -30,6 +30,8 @@ private Q_SLOTS:
     void aVoteCreditsTheLastVoter();
     void aDirectMessageIsAppended_data();
     void aDirectMessageIsAppended();
+    void idsFromTheLocalNetworkReachNoOtherPath_data();
+    void idsFromTheLocalNetworkReachNoOtherPath();
 };
 
 /// The first message in short: text, whether edited, reactions, how far it got.
@@ -194,6 +196,32 @@ void TestChatEvents::aDirectMessageIsAppended() {
         QVERIFY(!chat.screen->messages.records().last().id.isEmpty());
         QCOMPARE(chat.screen->messages.records().last().deliveryStatus, DeliveryStatus::sent);
     }
+}
+
+void TestChatEvents::idsFromTheLocalNetworkReachNoOtherPath_data() {
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<bool>("kept");
+    for (const char *id : {"0", "1A2b-3c_4", "-", "64 letters"})
+        QTest::addRow("%s", id) << QString(id).replace("64 letters", QString(64, u'z')) << true;
+    for (const char *id : {"../invites/CODE?", "../devices/ID?", "..", ".", "", "a/b", "a#b", "%2e%2e", "a\n",
+                           "\u0436", "\u0661", "65 letters", "a b"})
+        QTest::addRow("not %s", id) << QString(id).replace("65 letters", QString(65, u'z')) << false;
+}
+
+void TestChatEvents::idsFromTheLocalNetworkReachNoOtherPath() {
+    QFETCH(QString, id);
+    QFETCH(bool, kept);
+    OpenChat chat;
+    chat.screen->appear();
+    QTRY_VERIFY(!chat.screen->isLoading);
+    const QJsonObject raw{{"id", id}, {"sender_id", "9"}, {"content", "x"}};
+    chat.centre.post("orvaneP2PMessage", {{"chat_id", "c"}, {"message", raw}});
+    const MessengerMessage taken = chat.screen->messages.records().last();
+    QCOMPARE(taken.id == id, kept);
+    chat.screen->toggleStar(taken);
+    const QByteArray target = "/api/messenger/messages/" + taken.id.toUtf8() + "/star";
+    QTRY_COMPARE(chat.http.lastRequest().target, target);
+    QVERIFY(QRegularExpression("^[-/_A-Za-z0-9]+$").match(QString::fromUtf8(target)).hasMatch());
 }
 
 ORVANE_TEST_MAIN(TestChatEvents)
