@@ -1,6 +1,9 @@
 #include "LocalNetwork/LanRules.h"
 
+#include <QHostAddress>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace orvane::lan {
 
@@ -25,6 +28,16 @@ std::optional<QString> localLANIP(const QList<InterfaceAddress> &addresses) {
         if (entry.interfaceName.startsWith(QLatin1String("en")) && isPrivateLAN(entry.address))
             return entry.address;
     return std::nullopt;
+}
+
+bool mayBeDialled(const QString &host) {
+    static const auto ranges = {QHostAddress::parseSubnet(QStringLiteral("10.0.0.0/8")),
+                                QHostAddress::parseSubnet(QStringLiteral("172.16.0.0/12")),
+                                QHostAddress::parseSubnet(QStringLiteral("192.168.0.0/16"))};
+    const QHostAddress address(host);
+    // Short and hexadecimal forms are read as well, but not written.
+    return address.toString() == host &&
+           std::ranges::any_of(ranges, [&](const auto &range) { return address.isInSubnet(range); });
 }
 
 bool dials(const QString &ownId, const QString &peerId) {

@@ -166,6 +166,9 @@ void MessengerP2PDataChannel::handleData(QByteArrayView bytes, LanConnection *co
 void MessengerP2PDataChannel::parseFrame(QByteArrayView frame, LanConnection *conn, const Hint &hintPeerId) {
     const lan::Frame parsed = lan::parseFrame(frame);
     if (const auto *hello = std::get_if<lan::Hello>(&parsed)) {
+        // Who has outlived a stop without a name gets none, and so no messages, before the next start.
+        if (!listener && !hintPeerId)
+            return;
         connToPeer.insert(conn->identity(), hello->userId);
         connections.insert(hello->userId, conn);
         setConnected(hello->userId, true);

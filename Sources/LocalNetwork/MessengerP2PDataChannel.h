@@ -44,7 +44,7 @@ public:
     /// Listens, if it doesn't yet. A failure ends in a log line, and the next start tries again.
     void start();
     /// Closes the listener and all links, and forgets everything. Connections that have not said who they are
-    /// stay.
+    /// stay; their messages are heard, but none of them becomes a link before the next start.
     void stop();
     /// The port that is listened on; 0 while stopped.
     quint16 listenedPort() const;

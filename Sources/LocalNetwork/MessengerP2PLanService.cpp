@@ -2,7 +2,6 @@
 
 #include "Base/Json.h"
 #include "Base/Task.h"
-#include "LocalNetwork/LanRules.h"
 
 #include <QPointer>
 
@@ -126,12 +125,15 @@ QCoro::Task<void> MessengerP2PLanService::refreshPeers() {
 void MessengerP2PLanService::dial(const QJsonObject &peer) {
     const auto peerId = json::text(peer, u"user_id");
     const auto host = json::text(peer, u"local_ip");
-    if (peerId && host && lan::dials(m_parts.session.userIdText(), *peerId))
+    if (peerId && host && m_parts.mayBeDialled(*host) && lan::dials(m_parts.session.userIdText(), *peerId))
         dataChannel.connect(*peerId, *host);
 }
 
 void MessengerP2PLanService::wireDataChannel() {
     dataChannel.onMessage = [this](const QString &peerId, const QString &chatId, const QJsonObject &message) {
+        // A connection that never said who it is outlives the channel's stop.
+        if (!isEnabled)
+            return;
         link(peerId);
         m_parts.centre.post(orvaneP2PMessage,
                             {{u"peer_id"_s, peerId}, {u"chat_id"_s, chatId}, {u"message"_s, message}});

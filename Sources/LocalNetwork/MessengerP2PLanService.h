@@ -2,6 +2,7 @@
 
 #include "Base/NotificationCentre.h"
 #include "Base/Observable.h"
+#include "LocalNetwork/LanRules.h"
 #include "LocalNetwork/MessengerP2PDataChannel.h"
 #include "Platform/NetworkInterfaces.h"
 #include "Platform/UserDefaults.h"
@@ -20,8 +21,9 @@
 namespace orvane {
 
 /// Direct delivery on the local network, on or off. It tells the home server this machine's private address,
-/// asks who else is there and has the channel dial them; messages then need no server. What arrives is posted
-/// as `orvaneP2PMessage`. Operations never throw: failures end in `lastError`. Main thread.
+/// asks who else is there and has the channel dial them, at private addresses only; messages then need no
+/// server. What arrives while it is on is posted as `orvaneP2PMessage`. Operations never throw: failures end
+/// in `lastError`. Main thread.
 ///
 ///     off --enable--> on --disable--> off
 ///
@@ -51,6 +53,8 @@ public:
         std::unique_ptr<UserDefaults> defaults;
         std::chrono::milliseconds heartbeat{45'000};
         NotificationCentre &centre = NotificationCentre::shared();
+        /// Which of the addresses that the server names are dialled.
+        bool (*mayBeDialled)(const QString &host) = lan::mayBeDialled;
     };
     explicit MessengerP2PLanService(Parts parts);
     ~MessengerP2PLanService() override;

@@ -11,6 +11,8 @@ private Q_SLOTS:
     void privateAddresses();
     void theFirstPrivateAddressOfHardwareCounts_data();
     void theFirstPrivateAddressOfHardwareCounts();
+    void onlyPrivateAddressesAreDialled_data();
+    void onlyPrivateAddressesAreDialled();
     void oneOfTwoDials_data();
     void oneOfTwoDials();
 };
@@ -47,6 +49,46 @@ void TestLanRules::theFirstPrivateAddressOfHardwareCounts() {
     QFETCH(QList<InterfaceAddress>, interfaces);
     QFETCH(QString, answer);
     QCOMPARE(lan::localLANIP(interfaces).value_or(QString()), answer);
+}
+
+void TestLanRules::onlyPrivateAddressesAreDialled_data() {
+    QTest::addColumn<bool>("dialled");
+    for (const char *host : {"10.0.0.0", "10.255.255.255", "172.16.0.1", "172.31.255.254", "192.168.0.1"})
+        QTest::newRow(host) << true;
+    for (const char *host : {"8.8.8.8",
+                             "9.255.255.255",
+                             "11.0.0.0",
+                             "172.15.255.255",
+                             "172.32.0.0",
+                             "192.167.0.1",
+                             "192.169.0.0",
+                             "127.0.0.1",
+                             "169.254.1.1",
+                             "0.0.0.0",
+                             "255.255.255.255",
+                             "10.999.1.1",
+                             "10.1.1.1.evil.example",
+                             "10.1.1.1 ",
+                             "10.1.1.1:80",
+                             "10.1",
+                             "10.1.1",
+                             "010.1.1.1",
+                             "0x0a.1.1.1",
+                             "167772161",
+                             "10.1.1.-1",
+                             "10..1.1.1",
+                             "::ffff:10.1.1.1",
+                             "fe80::1",
+                             "localhost",
+                             "peer.example",
+                             ""})
+        QTest::newRow(qPrintable(QString("not '%1'").arg(host))) << false;
+}
+
+void TestLanRules::onlyPrivateAddressesAreDialled() {
+    QFETCH(bool, dialled);
+    const QString name = QTest::currentDataTag();
+    QCOMPARE(lan::mayBeDialled(dialled ? name : name.section('\'', 1, 1)), dialled);
 }
 
 void TestLanRules::oneOfTwoDials_data() {

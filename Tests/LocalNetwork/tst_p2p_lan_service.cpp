@@ -21,6 +21,11 @@ const QByteArray registerPath = "/api/messenger/p2p/register";
 const QByteArray discoverPath = "/api/messenger/p2p/discover";
 const auto noAddress = QStringLiteral("LAN IP не найден (нужен Wi‑Fi: 192.168.x.x / 10.x.x.x)");
 
+/// These tests have loopback alone to meet on.
+bool isLoopback(const QString &host) {
+    return host == "127.0.0.1";
+}
+
 /// User 7's service, on a server that follows a script unless it is told another one.
 struct Lan : ClientParts {
     explicit Lan(std::chrono::milliseconds heartbeat = 1h, quint16 dialled = 1)
@@ -33,9 +38,10 @@ struct Lan : ClientParts {
     /// Another service on the same settings, as after a restart of the program.
     void restart(std::chrono::milliseconds heartbeat = 1h) {
         service.reset();
-        service = std::make_unique<MessengerP2PLanService>(MessengerP2PLanService::Parts{
-            session, *usedApi, socket, channel, interfaces,
-            std::make_unique<UserDefaults>(folder.filePath("defaults.ini")), heartbeat, centre});
+        service = std::make_unique<MessengerP2PLanService>(
+            MessengerP2PLanService::Parts{session, *usedApi, socket, channel, interfaces,
+                                          std::make_unique<UserDefaults>(folder.filePath("defaults.ini")),
+                                          heartbeat, centre, mayBeDialled});
     }
 
     void use(Site &site, const Person &person) {
@@ -56,6 +62,7 @@ struct Lan : ClientParts {
     }
 
     FixedInterfaces interfaces;
+    bool (*mayBeDialled)(const QString &) = isLoopback;
     NotificationCentre centre;
     MessengerP2PDataChannel channel;
     std::unique_ptr<MessengerAPI> home;
@@ -81,6 +88,8 @@ private Q_SLOTS:
     void signalsLinkUntilTheNextRefresh_data();
     void signalsLinkUntilTheNextRefresh();
     void messagesArePostedAndLink();
+    void addressesBeyondTheLocalNetworkAreNotDialled();
+    void nothingIsPostedWhileOff();
     void thePanelSaysWhatThereIs();
 };
 
@@ -327,6 +336,49 @@ void TestP2PLanService::messagesArePostedAndLink() {
     QTRY_COMPARE(posted.size(), 1);
     QCOMPARE(posted.first(),
              (QJsonObject{{"peer_id", "9"}, {"chat_id", "c"}, {"message", QJsonObject{{"id", "m"}}}}));
+}
+
+void TestP2PLanService::addressesBeyondTheLocalNetworkAreNotDialled() {
+    QTcpServer others;
+    QVERIFY(others.listen(QHostAddress::LocalHost));
+    Lan lan(1h, others.serverPort());
+    lan.mayBeDialled = lan::mayBeDialled;
+    lan.restart();
+    lan.discovers(
+        R"({"peers":[{"user_id":"8","local_ip":"127.0.0.1"},{"user_id":"9","local_ip":"localhost"}]})");
+    lan.enable();
+    QCOMPARE(lan.service->peers.value().size(), 2);
+    const RawPeer own(others.serverPort());
+    QTRY_VERIFY(others.hasPendingConnections());
+    QCOMPARE(others.nextPendingConnection()->peerPort(), own.socket.localPort());
+}
+
+void TestP2PLanService::nothingIsPostedWhileOff() {
+    Lan lan;
+    QStringList chats;
+    connect(&lan.centre, &NotificationCentre::posted, this, [&](const QString &, const QJsonObject &info) {
+        chats.append(info.value(QStringLiteral("chat_id")).toString());
+    });
+    lan.enable();
+    QStringList heard;
+    lan.channel.onMessage = [&, post = lan.channel.onMessage](const QString &peer, const QString &chat,
+                                                              const QJsonObject &message) {
+        heard.append(chat);
+        post(peer, chat, message);
+    };
+    RawPeer peer(lan.channel.listenedPort());
+    peer.say(messageWire("on"));
+    QTRY_COMPARE(heard, QStringList{"on"});
+    lan.service->disable();
+    // Whoever has not said a name stays, but nothing of theirs gets through, and nothing gets to them.
+    peer.say(helloWire("9") + messageWire("off"));
+    QTRY_COMPARE(heard.last(), "off");
+    QVERIFY(lan.service->linkedPeerIds().isEmpty() && !lan.channel.send("9", "c", {}));
+    lan.enable();
+    peer.say(helloWire("9") + messageWire("on again"));
+    QTRY_COMPARE(heard.last(), "on again");
+    QCOMPARE(chats, (QStringList{"on", "on again"}));
+    QVERIFY(lan.channel.send("9", "c", {}));
 }
 
 void TestP2PLanService::thePanelSaysWhatThereIs() {
