@@ -89,9 +89,8 @@ Answer replies(const QStringList &list, bool model) {
 
 Question smartReply(Call &call) {
     const QList<ModelMessage> messages = conversation(call);
-    // To nothing there is no reply.
     if (messages.isEmpty())
-        refuseBadRequest();
+        return {{}, [](Call &, const QString &) { return replies({}, false); }};
     const QString last = lastFromOthers(messages);
     return {
         QList{system(

@@ -29,7 +29,7 @@ ModelEndpoint::ModelEndpoint(const QString &base, QNetworkAccessManager &network
     , m_network(network) {}
 
 QFuture<QString> ModelEndpoint::ask(const QList<ModelMessage> &messages, double temperature) {
-    if (!isThere())
+    if (!isThere() || messages.isEmpty())
         return QtFuture::makeReadyFuture(QString());
     QJsonArray list;
     for (const ModelMessage &message : messages)

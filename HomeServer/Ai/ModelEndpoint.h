@@ -21,7 +21,8 @@ public:
 
     bool isThere() const { return !m_base.isEmpty(); }
 
-    // What the model says; a null text when there is none, when it fails or takes more than 30 s.
+    // What the model says; a null text when there is none, when it is asked nothing, fails or takes more than
+    // 30 s.
     QFuture<QString> ask(const QList<ModelMessage> &messages, double temperature = 0.3);
 
 private:

@@ -226,8 +226,8 @@ void AiTest::threadsCrossChats() {
 
 void AiTest::badConversations_data() {
     QTest::addColumn<QByteArray>("messages");
-    for (const char *messages : {"7", "{}", "[]", "[7]", R"([{"role":"user","content":7}])",
-                                 R"([{"content":"x"}])", R"([{"role":"system","content":"x"}])", "null"})
+    for (const char *messages : {"7", "{}", "[7]", R"([{"role":"user","content":7}])", R"([{"content":"x"}])",
+                                 R"([{"role":"system","content":"x"}])", "null"})
         QTest::newRow(messages) << QByteArray(messages);
     QTest::newRow("very many") << QByteArray("[" +
                                              QByteArray(R"({"role":"user","content":"x"},)").repeated(200) +
@@ -246,6 +246,11 @@ void AiTest::modelIsAskedWhereThereIsOne() {
     Site site([&](Options &options) { options.aiUrl = model.url() + u"/v1/"_s; });
     Person anna(site, u"anna"_s);
     const QString id = anna.say(lobby(), u"guten Tag"_s);
+    // To nothing there is no reply, and no need to think about it.
+    const Reply toNothing = anna.post(u"/api/chat/smart-reply"_s, {{"messages"_L1, QJsonArray()}});
+    QCOMPARE(toNothing.status, 200);
+    QCOMPARE(toNothing.json["replies"_L1], QJsonValue(QJsonArray()));
+    QVERIFY(model.received.isEmpty());
     const QJsonArray conversation{QJsonObject{{"role"_L1, "user"_L1}, {"content"_L1, u"Придёшь?"_s}}};
     const QJsonObject replies = anna.post(u"/api/chat/smart-reply"_s, {{"messages"_L1, conversation}}).json;
     QCOMPARE(replies["replies"_L1].toArray(), (QJsonArray{u"Да"_s, u"Нет"_s, u"Потом"_s}));
