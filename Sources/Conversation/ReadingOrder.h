@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// The order in which assistive technology meets the rows of a list. A list makes and reuses rows as they come
-/// into view, and they would be met in the order in which they were made. Main thread.
+/// The order in which assistive technology meets the rows of a list. A list makes and reuses rows as they
+/// come into view, and they would be met in the order in which they were made. Main thread.
 class ReadingOrder : public QObject {
     Q_OBJECT
     QML_ELEMENT

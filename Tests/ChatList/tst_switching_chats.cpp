@@ -59,6 +59,8 @@ void TestSwitchingChats::whatIsWrittenStaysInItsChat() {
         QCOMPARE(chat->chat.id, id);
         QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
         QCOMPARE(window.input()->property("text").toString(), QString());
+        // The history takes the place of what was there before it.
+        QTRY_VERIFY(!chat->isLoading);
         window.view.type("here");
         QCOMPARE(chat->inputText.value(), "here");
         const int before = chat->messages.count();
