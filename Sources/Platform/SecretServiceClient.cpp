@@ -68,14 +68,21 @@ struct SecretServiceClient::Connection {
     Held<SecretService, g_object_unref> secrets;
     Error error;
 
+    Connection() = default;
+    ~Connection() {
+        // What watched the service is let go of by an event.
+        secrets.reset();
+        handleEvents();
+    }
+    Q_DISABLE_COPY_MOVE(Connection)
+
     /// What `ask` returns for the service and a place for the error, which is kept. A service that was known
     /// from before may have gone and come again: then it is asked anew.
     template <typename Ask>
     auto call(Ask ask) {
         // What the service announces is heard in between calls, on whichever thread they are made.
         g_main_context_push_thread_default(events.get());
-        while (g_main_context_iteration(events.get(), FALSE)) {
-        }
+        handleEvents();
         const bool known = secrets != nullptr;
         auto answer = attempt(ask);
         if (error && known && statusOf(*error) != SecretStatus::unanswered)
@@ -102,6 +109,11 @@ struct SecretServiceClient::Connection {
     }
 
 private:
+    void handleEvents() {
+        while (g_main_context_iteration(events.get(), FALSE)) {
+        }
+    }
+
     template <typename Ask>
     auto attempt(Ask ask) -> decltype(ask(nullptr, nullptr)) {
         GError *raw = nullptr;
