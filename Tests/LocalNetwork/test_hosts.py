@@ -62,12 +62,16 @@ class Machine:
 class Service:
     """The running service of one user on a machine, and the state that it told last."""
 
-    def __init__(self, machine: Machine, server: str, user: dict) -> None:
+    def __init__(self, machine: Machine, server: str, user: dict, folder: str) -> None:
         self.id = str(user["user"]["id"])
         self.machine = machine
         self.state: dict = {}
         command = ["ip", "netns", "exec", machine.name, str(HOST), server, user["token"], self.id, "200"]
-        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        # One that is killed leaves its own folders there.
+        environment = os.environ | {"TMPDIR": folder}
+        self.process = subprocess.Popen(
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, env=environment
+        )
         self._reader = threading.Thread(target=self._read)
         self._reader.start()
 
@@ -157,7 +161,7 @@ class Hosts(unittest.TestCase):
         cls.users[user["user"]["id"]] = user
 
     def service(self, machine: Machine, user: int) -> Service:
-        service = Service(machine, self.server, self.users[user])
+        service = Service(machine, self.server, self.users[user], self.folder)
         self.addCleanup(lambda: service.process.returncode is None and service.end(kill=True))
         return service
 

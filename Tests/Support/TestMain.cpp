@@ -25,8 +25,11 @@ OwnFolders::OwnFolders() {
 }
 
 ChildResult runChild(const QStringList &arguments, const QStringList &environment) {
+    // A child that crashes leaves its temporary folders to us.
+    const QTemporaryDir folder;
     QProcess process;
     QProcessEnvironment full = QProcessEnvironment::systemEnvironment();
+    full.insert(QStringLiteral("TMPDIR"), folder.path());
     for (const QString &entry : environment)
         full.insert(entry.section(QLatin1Char('='), 0, 0), entry.section(QLatin1Char('='), 1));
     process.setProcessEnvironment(full);
