@@ -89,8 +89,9 @@ Answer replies(const QStringList &list, bool model) {
 
 Question smartReply(Call &call) {
     const QList<ModelMessage> messages = conversation(call);
+    // To nothing there is no reply, not even an empty list of them.
     if (messages.isEmpty())
-        return {{}, [](Call &, const QString &) { return replies({}, false); }};
+        return {{}, [](Call &, const QString &) { return Answer(QJsonObject()); }};
     const QString last = lastFromOthers(messages);
     return {
         QList{system(

@@ -47,6 +47,7 @@ FocusScope {
         id: bottom
         anchors { left: parent.left; right: parent.right; bottom: input.top }
         tallest: Math.round(root.room * 0.5)
+        keepsEnd: true
 
         TypingIndicator {
             width: parent.width

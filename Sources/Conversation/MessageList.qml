@@ -15,6 +15,8 @@ ListView {
     /// The text of a bubble in which something is selected; null for none.
     property TextEdit selection: null
     property int countBefore: 0
+    /// The view stays there whatever takes room from it, or gives it back.
+    property bool atNewest: true
 
     /// The person turns to the input.
     signal writingWanted
@@ -35,15 +37,22 @@ ListView {
     Accessible.name: "Messages"
 
     onMovementStarted: glide.stop()
+    onMovementEnded: atNewest = atYEnd
+    onHeightChanged: Qt.callLater(stay)
     onCountChanged: Qt.callLater(showNewest)
     onActiveFocusChanged: if (activeFocus && currentIndex < 0) walkTo(0)
 
+    function stay() {
+        if (atNewest && !moving && !glide.running)
+            positionViewAtBeginning();
+    }
     /// Glides where there is a way to go; a chat that has just been opened stands there at once.
     function showNewest() {
         const added = count - countBefore;
         countBefore = count;
         if (added <= 0)
             return;
+        atNewest = true;
         const end = originY + contentHeight - height;
         let way = Math.max(0, end - contentY);
         positionViewAtBeginning();
@@ -64,6 +73,7 @@ ListView {
         // Its height is known now.
         forceLayout();
         positionViewAtIndex(currentIndex, ListView.Contain);
+        atNewest = atYEnd;
         currentItem?.forceActiveFocus();
     }
     /// One page up for -1, down for 1.
@@ -71,6 +81,7 @@ ListView {
         glide.stop();
         const far = contentY + direction * height * 0.9;
         contentY = Math.max(originY, Math.min(far, originY + contentHeight - height));
+        atNewest = atYEnd;
         const edge = direction < 0 ? contentY + Theme.gap8 : contentY + height - 2 * Theme.gap8;
         const row = indexAt(width / 2, edge);
         currentIndex = row >= 0 ? row : direction < 0 ? count - 1 : 0;
@@ -79,6 +90,7 @@ ListView {
     /// What is read stays where it is while the row grows below it.
     function showMore(row) {
         const top = row.mapToItem(root, 0, 0).y;
+        atNewest = false;
         screen.rows.showMore(row.index);
         forceLayout();
         contentY += row.mapToItem(root, 0, 0).y - top;
@@ -163,7 +175,9 @@ ListView {
         }
     }
 
-    T.ScrollBar.vertical: ScrollThumb {}
+    T.ScrollBar.vertical: ScrollThumb {
+        onPressedChanged: if (!pressed) root.atNewest = root.atYEnd
+    }
 
     delegate: DelegateChooser {
         role: "kind"

@@ -7,10 +7,14 @@ Flickable {
     id: root
 
     required property int tallest
+    /// Whether the strips at the end, nearest to the input, are those that stay in sight.
+    property bool keepsEnd: false
     default property alias strips: column.data
 
     height: Math.min(column.height, tallest)
     contentHeight: column.height
+    onContentHeightChanged: if (keepsEnd) contentY = Math.max(0, contentHeight - height)
+    onHeightChanged: if (keepsEnd) contentY = Math.max(0, contentHeight - height)
     boundsBehavior: Flickable.StopAtBounds
     clip: height < contentHeight
     // Always seen: without it nothing tells that there is more.

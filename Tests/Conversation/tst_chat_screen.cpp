@@ -93,6 +93,7 @@ private Q_SLOTS:
     void aLinkShowsWhereItLeadsAndOpensThere();
     void onlyRowsNearTheViewAreMade();
     void nothingInSightMovesWhileRowsComeIn();
+    void theNewestStaysInSightWhileStripsComeAndGo();
     void aRunOfLiveMessagesHasOneTail();
     void keysWalkTheMessages();
     void tabWalksOnFromTheInput();
@@ -270,6 +271,30 @@ void TestChatScreen::nothingInSightMovesWhileRowsComeIn() {
     }
     // A message that is received is what the person is brought to.
     window.add(QStringLiteral("new"));
+    QTRY_VERIFY(window.showsNewest());
+}
+
+void TestChatScreen::theNewestStaysInSightWhileStripsComeAndGo() {
+    QJsonArray history;
+    for (int number = 0; number < 50; ++number)
+        history.append(
+            message(QStringLiteral("words of an ordinary length 🙂 ").repeated(1 + number * 7 % 9)));
+    Window window(history);
+    MessengerChatView &screen = *window.screen;
+    // One comes before the history, one with it, others after it.
+    screen.smartReplies = QStringList{QStringLiteral("Yes")};
+    QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+    QTRY_VERIFY(!screen.isLoading);
+    screen.chatContext = QStringLiteral("context");
+    window.view.grabWindow();
+    QTRY_VERIFY(window.showsNewest());
+    screen.smartReplies = QStringList();
+    screen.chatSummary = QStringLiteral("in short");
+    window.view.grabWindow();
+    QTRY_VERIFY(window.showsNewest());
+    window.view.resize(500, 500);
+    QTRY_VERIFY(window.messages()->height() < 400);
+    window.view.grabWindow();
     QTRY_VERIFY(window.showsNewest());
 }
 

@@ -15,7 +15,7 @@ MessengerMessage message(const QString &id, const QString &sender, const QString
     message.id = id;
     message.senderID = sender;
     message.content = text;
-    message.timestamp = QDateTime(QDate(2026, 3, 4), QTime(12, 0)).addSecs(60 * minute);
+    message.timestamp = QDateTime(QDate(2026, 3, 4), QTime(12, 0)).addSecs(60LL * minute);
     return message;
 }
 

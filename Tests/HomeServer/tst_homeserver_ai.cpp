@@ -249,7 +249,7 @@ void AiTest::modelIsAskedWhereThereIsOne() {
     // To nothing there is no reply, and no need to think about it.
     const Reply toNothing = anna.post(u"/api/chat/smart-reply"_s, {{"messages"_L1, QJsonArray()}});
     QCOMPARE(toNothing.status, 200);
-    QCOMPARE(toNothing.json["replies"_L1], QJsonValue(QJsonArray()));
+    QVERIFY(toNothing.json.isEmpty());
     QVERIFY(model.received.isEmpty());
     const QJsonArray conversation{QJsonObject{{"role"_L1, "user"_L1}, {"content"_L1, u"Придёшь?"_s}}};
     const QJsonObject replies = anna.post(u"/api/chat/smart-reply"_s, {{"messages"_L1, conversation}}).json;
