@@ -1,24 +1,22 @@
 #include "Platform/SecretServiceStore.h"
 
-#include <QDeadlineTimer>
-#include <QWaitCondition>
+#include <condition_variable>
 
 namespace orvane {
 
 struct SecretServiceStore::Call {
-    QWaitCondition answered;
+    std::condition_variable answered;
     std::optional<Match> answer;
     bool givenUp = false;
 };
 
-SecretServiceStore::SecretServiceStore(int milliseconds)
-    : m_patienceMs(milliseconds) {
-    m_thread.setMaxThreadCount(1);
-}
+SecretServiceStore::SecretServiceStore(std::chrono::milliseconds patience)
+    : m_patience(patience) {}
 
 SecretServiceStore::~SecretServiceStore() {
     m_client.cancel();
-    m_thread.waitForDone();
+    if (m_thread.joinable())
+        m_thread.join();
 }
 
 qint32 SecretServiceStore::add(const QString &service, const QString &account, const QString &label,
@@ -28,7 +26,7 @@ qint32 SecretServiceStore::add(const QString &service, const QString &account, c
 
 SecretStore::Match SecretServiceStore::copyMatching(const QString &service, const QString &account) {
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         if (m_late && m_late->service == service && m_late->account == account)
             return m_late->match;
     }
@@ -44,13 +42,16 @@ qint32 SecretServiceStore::remove(const QString &service, const QString &account
 
 SecretStore::Match SecretServiceStore::perform(std::function<Match()> work,
                                                std::function<void(const Match &)> late) {
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock lock(m_mutex);
     if (m_isHanging)
         return {SecretStatus::unanswered, {}};
     const auto call = std::make_shared<Call>();
-    m_thread.start([this, call, work = std::move(work), late = std::move(late)] {
+    // A call that was given up has come to its end by now.
+    if (m_thread.joinable())
+        m_thread.join();
+    m_thread = std::thread([this, call, work = std::move(work), late = std::move(late)] {
         Match match = work();
-        const QMutexLocker done(&m_mutex);
+        const std::lock_guard done(m_mutex);
         if (call->givenUp) {
             m_isHanging = false;
             if (late)
@@ -59,21 +60,22 @@ SecretStore::Match SecretServiceStore::perform(std::function<Match()> work,
             return;
         }
         call->answer = std::move(match);
-        call->answered.wakeAll();
+        call->answered.notify_all();
     });
-    const QDeadlineTimer deadline(m_patienceMs);
-    while (!call->answer && call->answered.wait(&m_mutex, deadline)) {
-    }
-    if (!call->answer)
+    if (!call->answered.wait_for(lock, m_patience, [&] { return call->answer.has_value(); })) {
         call->givenUp = m_isHanging = true;
-    return call->answer.value_or(Match{SecretStatus::unanswered, {}});
+        return {SecretStatus::unanswered, {}};
+    }
+    lock.unlock();
+    m_thread.join();
+    return *call->answer;
 }
 
 void SecretServiceStore::tellOfLate(const Late &late) {
     if (late.match.status != SecretStatus::success && late.match.status != SecretStatus::itemNotFound)
         return;
     const auto keep = [this](std::optional<Late> answer) {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_late = std::move(answer);
     };
     keep(late);

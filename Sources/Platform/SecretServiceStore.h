@@ -2,11 +2,11 @@
 
 #include "Platform/SecretServiceClient.h"
 
-#include <QMutex>
-#include <QThreadPool>
-
+#include <chrono>
 #include <functional>
+#include <mutex>
 #include <optional>
+#include <thread>
 
 namespace orvane {
 
@@ -21,9 +21,9 @@ class SecretServiceStore : public SecretStore {
     Q_OBJECT
 
 public:
-    static constexpr int patienceMs = 1000;
+    static constexpr std::chrono::milliseconds usualPatience{1000};
 
-    explicit SecretServiceStore(int milliseconds = patienceMs);
+    explicit SecretServiceStore(std::chrono::milliseconds patience = usualPatience);
     /// Ends what is still under way.
     ~SecretServiceStore() override;
     Q_DISABLE_COPY_MOVE(SecretServiceStore)
@@ -46,13 +46,14 @@ private:
     Match perform(std::function<Match()> work, std::function<void(const Match &)> late);
     void tellOfLate(const Late &late);
 
-    const int m_patienceMs;
+    const std::chrono::milliseconds m_patience;
     SecretServiceClient m_client;
-    QMutex m_mutex;
+    std::mutex m_mutex;
     /// A call that was given up is still under way.
     bool m_isHanging = false;
     std::optional<Late> m_late;
-    QThreadPool m_thread;
+    /// Of the call that is under way, or of one that was given up.
+    std::thread m_thread;
 };
 
 } // namespace orvane

@@ -141,7 +141,7 @@ void TestSecretServiceStore::lateChangesAreMadeWithoutAWord() {
 void TestSecretServiceStore::storeEndsWhileItsServiceIsSilent() {
     m_session.pauseDaemon();
     {
-        SecretServiceStore store(1);
+        SecretServiceStore store(std::chrono::milliseconds(1));
         QCOMPARE(store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::unanswered);
     }
     m_session.resumeDaemon();
