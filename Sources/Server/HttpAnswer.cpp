@@ -72,14 +72,21 @@ private:
     bool m_isTooLarge = false;
 };
 
+// The library may take a connection that was to close anyway for the end of the body.
+bool isCutShort(const QNetworkReply &reply, const QByteArray &body) {
+    bool isAnnounced = false;
+    const qint64 length = reply.rawHeader("Content-Length").toLongLong(&isAnnounced);
+    return isAnnounced && !reply.hasRawHeader("Content-Encoding") && body.size() < length;
+}
+
 QString describe(const QNetworkReply &reply, const Intake &intake) {
     if (intake.isTooLarge())
         return QStringLiteral("The answer is too large.");
     // Nothing else here aborts a request but its own time-out.
     if (reply.error() == QNetworkReply::OperationCanceledError)
         return QStringLiteral("The request timed out.");
-    // The library has no words for a request that it may not repeat.
-    if (reply.error() == QNetworkReply::ContentReSendError)
+    // The library has no words for a request that it may not repeat, nor for a body that was cut short.
+    if (reply.error() == QNetworkReply::ContentReSendError || reply.error() == QNetworkReply::NoError)
         return QStringLiteral("Connection closed");
     return reply.errorString();
 }
@@ -107,7 +114,7 @@ QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply, qint64 limit) {
     HttpAnswer answer;
     answer.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     answer.body = intake->body();
-    if (intake->isTooLarge() || failedBelowHttp(*reply, answer.status))
+    if (intake->isTooLarge() || failedBelowHttp(*reply, answer.status) || isCutShort(*reply, answer.body))
         answer.transportError = describe(*reply, *intake);
     reply->deleteLater();
     co_return answer;

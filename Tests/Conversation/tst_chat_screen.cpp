@@ -1,7 +1,5 @@
-#include "Conversation/MessengerChatView.h"
+#include "Conversation/ChatWindow.h"
 #include "Interface/DisplayTimes.h"
-#include "Support/OpenChatParts.h"
-#include "Support/ScreenWindow.h"
 
 #include <QClipboard>
 #include <QDesktopServices>
@@ -11,65 +9,6 @@
 using namespace orvane;
 
 namespace {
-
-/// The open chat in a window of its own, with a history that is given.
-struct Window : OpenChatParts {
-    std::shared_ptr<MessengerChatView> screen;
-    ScreenWindow view;
-
-    explicit Window(const QJsonArray &history) {
-        MessengerChat chat;
-        chat.id = QStringLiteral("c");
-        chat.type = ChatType::group;
-        chat.title = QStringLiteral("Team");
-        http.answerFor("/api/messenger/chats/c/messages",
-                       ScriptedAnswer::of(200, json::compact({{"messages", history}})));
-        screen = std::make_shared<MessengerChatView>(chat, Contacts(), QStringLiteral("7"), chatParts());
-        view.resize(580, 650);
-        view.open(QStringLiteral("qrc:/OrvaneTalk/Conversation/ChatScreen.qml"),
-                  {{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
-        screen->loadMessages();
-    }
-
-    QQuickItem *messages() const {
-        return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages"));
-    }
-    QQuickItem *row(int index) const {
-        QQuickItem *row = nullptr;
-        QMetaObject::invokeMethod(messages(), "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
-                                  Q_ARG(int, index));
-        return row;
-    }
-    /// The end of the newest message stands at the end of the list.
-    bool showsNewest() const {
-        const QQuickItem *row = this->row(0);
-        if (!row)
-            return false;
-        const double end = row->mapToItem(messages(), QPointF(0, row->height())).y();
-        return end <= messages()->height() && end > messages()->height() - 32;
-    }
-
-    /// Everything that is a message's row, shown or kept for reuse.
-    QList<QQuickItem *> rows() const {
-        QList<QQuickItem *> rows;
-        const auto *content = messages()->property("contentItem").value<QQuickItem *>();
-        for (QQuickItem *item : content->childItems()) {
-            if (item->metaObject()->indexOfProperty("startsRun") >= 0)
-                rows.append(item);
-        }
-        return rows;
-    }
-    void add(const QString &text, const QString &sender = QStringLiteral("7")) const {
-        MessengerMessage record;
-        record.id = QString::number(screen->messages.count());
-        record.senderID = sender;
-        record.content = text;
-        record.timestamp = QDateTime::currentDateTimeUtc().addSecs(-60);
-        screen->messages.append(record);
-    }
-
-    QQuickItem *input() const { return view.item("placeholderText", "Message..."); }
-};
 
 QJsonObject message(const QString &text) {
     return {{"id", "m"}, {"sender_id", "9"}, {"content", text}, {"created_at", 1'700'000'000}};
@@ -113,7 +52,7 @@ private:
 };
 
 void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     // Opening a chat leaves the cursor in its input.
@@ -132,7 +71,7 @@ void TestChatScreen::enterSendsAndShiftEnterBreaksTheLine() {
 }
 
 void TestChatScreen::theInputGrowsToEightLinesAndShrinksAgain() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.input());
     const auto height = [&] { return window.input()->parentItem()->parentItem()->height(); };
@@ -150,7 +89,7 @@ void TestChatScreen::theInputGrowsToEightLinesAndShrinksAgain() {
 }
 
 void TestChatScreen::aMessageOfTenMegabytesIsShownInPieces() {
-    Window window({message(QString(10'000'000, u'x'))});
+    ChatWindow window({message(QString(10'000'000, u'x'))});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QQuickItem *more = nullptr;
     QTRY_VERIFY((more = window.view.item("text", "Show more")));
@@ -173,14 +112,14 @@ void TestChatScreen::markupIsShownAsItStands_data() {
 
 void TestChatScreen::markupIsShownAsItStands() {
     QFETCH(QString, text);
-    Window window({message(text)});
+    ChatWindow window({message(text)});
     QTRY_COMPARE(window.screen->messages.count(), 1);
     QTRY_VERIFY(window.view.item("text", text));
     QCOMPARE(window.view.item("text", text)->property("textFormat").toInt(), int(Qt::PlainText));
 }
 
 void TestChatScreen::theMenuOpensByKeyboard() {
-    Window window({message(QStringLiteral("hi"))});
+    ChatWindow window({message(QStringLiteral("hi"))});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", "hi"));
     QVERIFY(window.messages());
@@ -204,7 +143,7 @@ void TestChatScreen::theMenuOpensByKeyboard() {
 void TestChatScreen::aLinkShowsWhereItLeadsAndOpensThere() {
     QDesktopServices::setUrlHandler("https", this, "opened");
     const QString text("https://a.example/long/way and words\n<b>https://b.example</b>");
-    Window window({message(text)});
+    ChatWindow window({message(text)});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", text));
     QQuickItem *content = findItem(window.view.item("text", text), "readOnly", true);
@@ -235,7 +174,7 @@ void TestChatScreen::aLinkShowsWhereItLeadsAndOpensThere() {
 }
 
 void TestChatScreen::onlyRowsNearTheViewAreMade() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 10'000; ++number)
@@ -252,7 +191,7 @@ void TestChatScreen::onlyRowsNearTheViewAreMade() {
 }
 
 void TestChatScreen::nothingInSightMovesWhileRowsComeIn() {
-    Window window({});
+    ChatWindow window({});
     // A glide would go on below the steps that are taken here.
     window.view.tokens()->setProperty("reducedMotion", true);
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
@@ -281,7 +220,7 @@ void TestChatScreen::theNewestStaysInSightWhileStripsComeAndGo() {
     for (int number = 0; number < 50; ++number)
         history.append(
             message(QStringLiteral("words of an ordinary length 🙂 ").repeated(1 + number * 7 % 9)));
-    Window window(history);
+    ChatWindow window(history);
     MessengerChatView &screen = *window.screen;
     // One comes before the history, one with it, others after it.
     screen.smartReplies = QStringList{QStringLiteral("Yes")};
@@ -301,7 +240,7 @@ void TestChatScreen::theNewestStaysInSightWhileStripsComeAndGo() {
 }
 
 void TestChatScreen::aRunOfLiveMessagesHasOneTail() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 3; ++number)
@@ -317,7 +256,7 @@ void TestChatScreen::aRunOfLiveMessagesHasOneTail() {
 }
 
 void TestChatScreen::keysWalkTheMessages() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 60; ++number)
@@ -346,7 +285,7 @@ void TestChatScreen::keysWalkTheMessages() {
 }
 
 void TestChatScreen::tabWalksOnFromTheInput() {
-    Window window({message(QStringLiteral("hi"))});
+    ChatWindow window({message(QStringLiteral("hi"))});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
     QTRY_VERIFY(window.view.item("text", "hi"));
@@ -365,7 +304,7 @@ void TestChatScreen::tabWalksOnFromTheInput() {
 }
 
 void TestChatScreen::aClickOnAMessageLeadsToTheInput() {
-    Window window({message(QStringLiteral("hi there"))});
+    ChatWindow window({message(QStringLiteral("hi there"))});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", "hi there"));
     QTRY_VERIFY(window.showsNewest());
@@ -385,7 +324,7 @@ void TestChatScreen::aClickOnAMessageLeadsToTheInput() {
 }
 
 void TestChatScreen::whatIsSelectedInAMessageIsCopiedFromTheInput() {
-    Window window({message(QStringLiteral("copy me"))});
+    ChatWindow window({message(QStringLiteral("copy me"))});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", "copy me"));
     QTRY_VERIFY(window.showsNewest());
@@ -411,7 +350,7 @@ void TestChatScreen::whatIsSelectedInAMessageIsCopiedFromTheInput() {
 
 void TestChatScreen::aPasteThatIsTooLongIsCutAndSaidToBe() {
     constexpr int most = 65'536;
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
     const QString notice =
@@ -434,7 +373,7 @@ void TestChatScreen::aPasteThatIsTooLongIsCutAndSaidToBe() {
 }
 
 void TestChatScreen::anEditKeepsItsLines() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     window.add(QStringLiteral("one\ntwo\nthree"));
@@ -452,7 +391,7 @@ void TestChatScreen::anEditKeepsItsLines() {
 }
 
 void TestChatScreen::enterDeletesNothing() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     window.add(QStringLiteral("keep me"));
@@ -468,7 +407,7 @@ void TestChatScreen::enterDeletesNothing() {
 }
 
 void TestChatScreen::theFullTimeIsInsideTheWindow() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 30; ++number)
@@ -495,7 +434,7 @@ void TestChatScreen::theFullTimeIsInsideTheWindow() {
 }
 
 void TestChatScreen::marksStayInTheirBubble() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     window.view.tokens()->setProperty("reducedMotion", true);
@@ -509,7 +448,7 @@ void TestChatScreen::marksStayInTheirBubble() {
 }
 
 void TestChatScreen::whatWasFoldedUnfolds() {
-    Window window({});
+    ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     window.screen->chatContext = QString("A line of context.\n").repeated(12);
@@ -537,9 +476,10 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
     QFETCH(int, theme);
     QFETCH(QSize, size);
     QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
-    Window window({message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen? "
-                                          "https://fahrt.example/plan?tag=1")),
-                   message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
+    ChatWindow window(
+        {message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen? "
+                                "https://fahrt.example/plan?tag=1")),
+         message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
     window.view.use(OrvaneTheme(theme));
     window.view.resize(size);
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Conversation/MessengerChatView.h"
+#include "Support/OpenChatParts.h"
+#include "Support/ScreenWindow.h"
+
+namespace orvane {
+
+/// The open chat in a window of its own, with a history that is given.
+struct ChatWindow : OpenChatParts {
+    std::shared_ptr<MessengerChatView> screen;
+    ScreenWindow view;
+
+    explicit ChatWindow(const QJsonArray &history) {
+        MessengerChat chat;
+        chat.id = QStringLiteral("c");
+        chat.type = ChatType::group;
+        chat.title = QStringLiteral("Team");
+        http.answerFor("/api/messenger/chats/c/messages",
+                       ScriptedAnswer::of(200, json::compact({{"messages", history}})));
+        screen = std::make_shared<MessengerChatView>(chat, Contacts(), QStringLiteral("7"), chatParts());
+        view.resize(580, 650);
+        view.open(QStringLiteral("qrc:/OrvaneTalk/Conversation/ChatScreen.qml"),
+                  {{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
+        screen->loadMessages();
+    }
+
+    QQuickItem *messages() const {
+        return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages"));
+    }
+    QQuickItem *row(int index) const {
+        QQuickItem *row = nullptr;
+        QMetaObject::invokeMethod(messages(), "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
+                                  Q_ARG(int, index));
+        return row;
+    }
+    /// The end of the newest message stands at the end of the list.
+    bool showsNewest() const {
+        const QQuickItem *row = this->row(0);
+        if (!row)
+            return false;
+        const double end = row->mapToItem(messages(), QPointF(0, row->height())).y();
+        return end <= messages()->height() && end > messages()->height() - 32;
+    }
+
+    /// Everything that is a message's row, shown or kept for reuse.
+    QList<QQuickItem *> rows() const {
+        QList<QQuickItem *> rows;
+        const auto *content = messages()->property("contentItem").value<QQuickItem *>();
+        for (QQuickItem *item : content->childItems()) {
+            if (item->metaObject()->indexOfProperty("startsRun") >= 0)
+                rows.append(item);
+        }
+        return rows;
+    }
+    void add(const QString &text, const QString &sender = QStringLiteral("7")) const {
+        MessengerMessage record;
+        record.id = QString::number(screen->messages.count());
+        record.senderID = sender;
+        record.content = text;
+        record.timestamp = QDateTime::currentDateTimeUtc().addSecs(-60);
+        screen->messages.append(record);
+    }
+
+    QQuickItem *input() const { return view.item("placeholderText", "Message..."); }
+};
+
+} // namespace orvane
