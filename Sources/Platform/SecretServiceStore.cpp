@@ -68,7 +68,7 @@ SecretStore::Match SecretServiceStore::perform(std::function<Match()> work,
     }
     lock.unlock();
     m_thread.join();
-    return *call->answer;
+    return call->answer.value_or(Match{SecretStatus::unanswered, {}});
 }
 
 void SecretServiceStore::tellOfLate(const Late &late) {

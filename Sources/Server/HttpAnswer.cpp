@@ -72,8 +72,11 @@ private:
     bool m_isTooLarge = false;
 };
 
-// The library may take a connection that was to close anyway for the end of the body.
-bool isCutShort(const QNetworkReply &reply, const QByteArray &body) {
+// The library may take a connection that was to close anyway for the end of the body. That of a redirect it
+// keeps to itself.
+bool isCutShort(const QNetworkReply &reply, int status, const QByteArray &body) {
+    if (status >= 300 && status < 400)
+        return false;
     bool isAnnounced = false;
     const qint64 length = reply.rawHeader("Content-Length").toLongLong(&isAnnounced);
     return isAnnounced && !reply.hasRawHeader("Content-Encoding") && body.size() < length;
@@ -114,7 +117,8 @@ QCoro::Task<HttpAnswer> awaitAnswer(QNetworkReply *reply, qint64 limit) {
     HttpAnswer answer;
     answer.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     answer.body = intake->body();
-    if (intake->isTooLarge() || failedBelowHttp(*reply, answer.status) || isCutShort(*reply, answer.body))
+    if (intake->isTooLarge() || failedBelowHttp(*reply, answer.status) ||
+        isCutShort(*reply, answer.status, answer.body))
         answer.transportError = describe(*reply, *intake);
     reply->deleteLater();
     co_return answer;
