@@ -16,6 +16,8 @@
 
 namespace orvane::benchmarks {
 
+using namespace Qt::StringLiterals;
+
 /// The application of a benchmark with screens: no display, no graphics card, folders of its own.
 class OffscreenApplication {
 public:
@@ -79,8 +81,8 @@ public:
 
 private:
     static void prepare(QQmlEngine &engine) {
-        engine.addImportPath(QStringLiteral("qrc:/"));
-        engine.addImageProvider(QStringLiteral("symbol"), new SymbolImages);
+        engine.addImportPath(u"qrc:/"_s);
+        engine.addImageProvider(u"symbol"_s, new SymbolImages);
     }
 
     QImage m_image;

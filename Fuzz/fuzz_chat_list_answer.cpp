@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -27,8 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     try {
         const CR answer = CR::decode(bytes);
         const QJsonObject top = parsed(bytes).toObject();
-        invariant(answer.chats.size() == top.value(QLatin1String("chats")).toArray().size(),
-                  "no chat is lost");
+        invariant(answer.chats.size() == top.value("chats"_L1).toArray().size(), "no chat is lost");
         invariant(CR::decode(json::compact(top)) == answer, "the answer written again is the same answer");
         for (const AC &chat : answer.chats)
             check(chat);

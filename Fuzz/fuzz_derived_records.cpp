@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -15,7 +17,7 @@ void readAs(const QJsonObject &object) {
         return;
     survivesStoring(*record);
     QJsonObject more = object;
-    more.insert(QStringLiteral("a key that no record has"), 1);
+    more.insert(u"a key that no record has"_s, 1);
     invariant(derived::fromJson<R>(more) == record, "unknown keys change nothing");
 }
 

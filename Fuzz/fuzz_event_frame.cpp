@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -13,7 +15,7 @@ void checkVote(const QJsonObject &results, const QString &voterID) {
     const QString other = voterID + u'x';
     MessengerPoll poll;
     poll.createdAt = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
-    for (const QString &id : results.keys() + QStringList{QStringLiteral("unheard of")})
+    for (const QString &id : results.keys() + QStringList{u"unheard of"_s})
         poll.options.append({id, QString(), {other}});
     const MessengerPoll told = PollVotes::told(poll, voterID, results);
     invariant(told.options.size() == poll.options.size(), "options stay");
@@ -27,10 +29,10 @@ void checkVote(const QJsonObject &results, const QString &voterID) {
 }
 
 void checkEvent(const WSEvent &event) {
-    invariant(event.type != QLatin1String("pong") && event.data.value(QLatin1String("type")) == event.type,
+    invariant(event.type != "pong"_L1 && event.data.value("type"_L1) == event.type,
               "an event carries its type");
     if (const auto raw = json::object(event.data, u"message")) {
-        if (const auto message = MessengerMessage::fromHistory(QStringLiteral("3"), *raw))
+        if (const auto message = MessengerMessage::fromHistory(u"3"_s, *raw))
             survivesStoring(*message);
     }
     for (const MessageReaction &reaction :
@@ -46,8 +48,8 @@ void checkEvent(const WSEvent &event) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const QString frame = QString::fromUtf8(reinterpret_cast<const char *>(data), qsizetype(size));
     const auto event = WSEvent::fromFrame(frame);
-    const QJsonValue type = parsed(frame.toUtf8()).toObject().value(QLatin1String("type"));
-    invariant(event.has_value() == (type.isString() && type != QLatin1String("pong")),
+    const QJsonValue type = parsed(frame.toUtf8()).toObject().value("type"_L1);
+    invariant(event.has_value() == (type.isString() && type != "pong"_L1),
               "an object with a text type is an event");
     if (event)
         checkEvent(*event);

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -27,13 +29,12 @@ QByteArrayList plainlyCut(const QByteArray &stream) {
 void checkBody(const QByteArray &body) {
     const lan::Frame frame = lan::parseFrame(body);
     const QJsonObject object = parsed(body).toObject();
-    const QString type = object.value(QLatin1String("type")).toString();
+    const QString type = object.value("type"_L1).toString();
     if (const auto *hello = std::get_if<lan::Hello>(&frame)) {
-        invariant(type == QLatin1String("hello"), "a hello says that it is one");
-        invariant(object.value(QLatin1String("user_id")) == QJsonValue(hello->userId),
-                  "its id is what it says");
+        invariant(type == "hello"_L1, "a hello says that it is one");
+        invariant(object.value("user_id"_L1) == QJsonValue(hello->userId), "its id is what it says");
     } else if (const auto *message = std::get_if<lan::Message>(&frame)) {
-        invariant(type == QLatin1String("message"), "a message says that it is one");
+        invariant(type == "message"_L1, "a message says that it is one");
         const QByteArray again = lan::framed(lan::message(message->chatId, message->message));
         invariant(lan::parseFrame(QByteArrayView(again).sliced(4)) == frame,
                   "a message written again is the same message");

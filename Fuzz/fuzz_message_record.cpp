@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -23,19 +25,18 @@ void checkReactions(const QList<MessageReaction> &reactions, const QJsonArray &l
 }
 
 void checkMessage(const QJsonObject &raw) {
-    const QString chatID = QStringLiteral("3");
+    const QString chatID = u"3"_s;
     const auto message = MessengerMessage::fromHistory(chatID, raw);
-    const bool complete =
-        raw.value(QLatin1String("id")).isString() && raw.value(QLatin1String("sender_id")).isString() &&
-        raw.value(QLatin1String("content")).isString() && raw.value(QLatin1String("created_at")).isDouble();
+    const bool complete = raw.value("id"_L1).isString() && raw.value("sender_id"_L1).isString() &&
+                          raw.value("content"_L1).isString() && raw.value("created_at"_L1).isDouble();
     invariant(message.has_value() == complete, "the four required keys decide");
     if (!message)
         return;
-    invariant(message->chatID == chatID && message->content == raw.value(QLatin1String("content")).toString(),
+    invariant(message->chatID == chatID && message->content == raw.value("content"_L1).toString(),
               "the content is taken as it came");
     invariant(message->timestamp.isValid() && (!message->editedAt || message->editedAt->isValid()),
               "times are times");
-    const QJsonArray list = raw.value(QLatin1String("reactions")).toArray();
+    const QJsonArray list = raw.value("reactions"_L1).toArray();
     checkReactions(message->reactions, list);
     survivesStoring(*message);
 }

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -16,22 +18,22 @@ void checkBundle(const QJsonObject &object) {
     const auto bundle = PreKeyBundle::from(object);
     if (!bundle)
         return;
-    QJsonObject again{{QStringLiteral("identity_key"), base64(bundle->identityKey)},
-                      {QStringLiteral("signed_pre_key"), base64(bundle->signedPreKey)},
-                      {QStringLiteral("signed_pre_key_signature"), base64(bundle->signedPreKeySignature)}};
+    QJsonObject again{{u"identity_key"_s, base64(bundle->identityKey)},
+                      {u"signed_pre_key"_s, base64(bundle->signedPreKey)},
+                      {u"signed_pre_key_signature"_s, base64(bundle->signedPreKeySignature)}};
     if (bundle->oneTimePreKey)
-        again.insert(QStringLiteral("one_time_pre_key"), base64(*bundle->oneTimePreKey));
+        again.insert(u"one_time_pre_key"_s, base64(*bundle->oneTimePreKey));
     invariant(PreKeyBundle::from(again) == bundle, "a bundle written again is the same bundle");
-    const qsizetype textSize = object.value(QLatin1String("identity_key")).toString().size();
+    const qsizetype textSize = object.value("identity_key"_L1).toString().size();
     invariant(base64(bundle->identityKey).size() == textSize, "no character of a key is skipped");
 }
 
 void checkFolder(const QJsonObject &object) {
     const auto folder = ChatFolder::fromAPI(object);
-    invariant(folder.has_value() == object.value(QLatin1String("id")).isString(), "a text id makes a folder");
+    invariant(folder.has_value() == object.value("id"_L1).isString(), "a text id makes a folder");
     if (!folder)
         return;
-    const qsizetype listed = object.value(QLatin1String("chat_ids")).toArray().size();
+    const qsizetype listed = object.value("chat_ids"_L1).toArray().size();
     invariant(folder->chatIds.isEmpty() || folder->chatIds.size() == listed, "chats are taken all or none");
     survivesStoring(*folder);
 }

@@ -4,6 +4,8 @@
 #include <QBuffer>
 #include <QByteArray>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QList<orvane::VCard> cardsOf(QByteArray bytes) {
@@ -33,9 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     const QByteArray known = "\r\n\r\nBEGIN:VCARD\r\nN:Doe;Jane\r\nTEL:1\r\nEND:VCARD\r\n";
     const QList<VCard> more = cardsOf(input + known + known);
     invariant(more.size() > cards.size(), "a card after the others is read");
-    invariant(more.last().person ==
-                  AddressBookPerson{
-                      QStringLiteral("Jane"), QStringLiteral("Doe"), {}, {{QStringLiteral("1"), {}}}, {}},
+    invariant(more.last().person == AddressBookPerson{u"Jane"_s, u"Doe"_s, {}, {{u"1"_s, {}}}, {}},
               "it is read as it stands");
     return 0;
 }

@@ -2,6 +2,8 @@
 #include "Encryption/ZkForms.h"
 #include "Invariant.h"
 
+using namespace Qt::StringLiterals;
+
 // Nobody makes a wrapped key by chance: only what was wrapped may open.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     using namespace orvane;
@@ -14,9 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
             return 0;
         QJsonObject mixed = *wrapped;
         // With a real key beside it, what follows the key is reached as well.
-        if (mixed.value(QStringLiteral("ephemeral_public_jwk")).isBool())
-            mixed.insert(QStringLiteral("ephemeral_public_jwk"),
-                         genuine.value(QStringLiteral("ephemeral_public_jwk")));
+        if (mixed.value(u"ephemeral_public_jwk"_s).isBool())
+            mixed.insert(u"ephemeral_public_jwk"_s, genuine.value(u"ephemeral_public_jwk"_s));
         zk::unwrap(mixed, own);
         invariant(false, "nothing that was not sealed opens");
     } catch (const DescribedError &) {

@@ -9,11 +9,13 @@
 // Messages and what hangs on them.
 namespace orvane::homeserver {
 
+using namespace Qt::StringLiterals;
+
 struct NewMessage {
     // The id that the sender's device knows it by; taken where it is a UUID and free.
     QString wantedId;
     QString chatId;
-    QString type = QStringLiteral("text");
+    QString type = u"text"_s;
     QString content;
     std::optional<QString> replyTo;
     std::optional<QJsonObject> forwardedFrom;

@@ -4,6 +4,8 @@
 #include "Base/LogLine.h"
 #include "Base/Task.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 AppDelegate::AppDelegate(RemoteNotifications &push, MessengerSession &session, MessengerAPI &api)
@@ -19,19 +21,19 @@ AppDelegate::AppDelegate(RemoteNotifications &push, MessengerSession &session, M
 
 void AppDelegate::didRegisterForRemoteNotificationsWithDeviceToken(const QByteArray &deviceToken) {
     const QString token = QString::fromLatin1(deviceToken.toHex());
-    logLine(QStringLiteral("🔔 Push token registered"));
+    logLine(u"🔔 Push token registered"_s);
     launch(registerToken(&m_api, token, m_session.userIdText()));
 }
 
 void AppDelegate::didFailToRegisterForRemoteNotificationsWithError(const QString &description) {
-    logLine(QStringLiteral("⚠️ Push registration failed: ") + description);
+    logLine(u"⚠️ Push registration failed: "_s + description);
 }
 
 void AppDelegate::didReceiveRemoteNotification(const QByteArray &payload) {
     try {
         const auto object = json::parseObject(payload);
         if (object && json::text(*object, u"chat_id"))
-            logLine(QStringLiteral("📨 Push received"));
+            logLine(u"📨 Push received"_s);
     } catch (const JsonError &) {
         // Dropped on purpose: a push without a chat leaves no trace.
     }
@@ -39,7 +41,7 @@ void AppDelegate::didReceiveRemoteNotification(const QByteArray &payload) {
 
 QCoro::Task<void> AppDelegate::registerToken(MessengerAPI *api, QString deviceToken, QString userID) {
     try {
-        co_await api->registerPushToken(deviceToken, userID, QStringLiteral("macos"));
+        co_await api->registerPushToken(deviceToken, userID, u"macos"_s);
     } catch (const std::exception &) {
         // Dropped on purpose: push is optional.
     }

@@ -5,6 +5,8 @@
 #include "Base/Task.h"
 #include "Server/MessengerAPI.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 AuthView::AuthView(MessengerSession &session, MessengerAPI &api, const QString &server, int requestTimeoutMs)
@@ -18,16 +20,15 @@ void AuthView::submit() {
         return;
     isLoading = true;
     errorMessage = QString();
-    const QString path =
-        isRegistering ? QStringLiteral("/api/auth/register") : QStringLiteral("/api/auth/login");
+    const QString path = isRegistering ? u"/api/auth/register"_s : u"/api/auth/login"_s;
     const QUrl url(serverURL + path, QUrl::StrictMode);
     if (!url.isValid()) {
-        errorMessage = QStringLiteral("Неверный URL сервера");
+        errorMessage = u"Неверный URL сервера"_s;
         isLoading = false;
         return;
     }
     QNetworkRequest prepared = httpRequest(url, m_requestTimeoutMs);
-    prepared.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    prepared.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
     launch(request(shared_from_this(), prepared, requestBody()));
 }
 
@@ -55,9 +56,9 @@ void AuthView::complete(const HttpAnswer &answer) {
     if (m_session.isLoggedIn)
         return;
     if (!answer.transportError.isNull())
-        errorMessage = QStringLiteral("Ошибка сети: ") + answer.transportError;
+        errorMessage = u"Ошибка сети: "_s + answer.transportError;
     else if (answer.status == 0)
-        errorMessage = QStringLiteral("Нет ответа от сервера");
+        errorMessage = u"Нет ответа от сервера"_s;
     else if (answer.status == 200 || answer.status == 201)
         handleAuthSuccess(answer.body);
     else
@@ -67,7 +68,7 @@ void AuthView::complete(const HttpAnswer &answer) {
 void AuthView::handleAuthSuccess(const QByteArray &data) {
     const auto answer = AuthAnswer::parse(data);
     if (!answer) {
-        errorMessage = QStringLiteral("Неверный ответ сервера");
+        errorMessage = u"Неверный ответ сервера"_s;
         return;
     }
     if (!answer->deviceId.isEmpty() && answer->deviceId != m_session.deviceId.value())
@@ -78,7 +79,7 @@ void AuthView::handleAuthSuccess(const QByteArray &data) {
         m_session.keychain.saveToken(answer->token);
         m_session.keychain.saveUserInfo(answer->username, answer->userId);
     } catch (const KeychainError &error) {
-        errorMessage = QStringLiteral("Ошибка сохранения: ") + localizedDescription(error);
+        errorMessage = u"Ошибка сохранения: "_s + localizedDescription(error);
         if (error.isKeyringAway())
             offersFile = true;
         return;
@@ -103,22 +104,21 @@ QString AuthView::localizedAuthError(const QByteArray &data, int statusCode) con
     } catch (const JsonError &) {
         // Dropped on purpose: a failure whose body can't be read is told by its status alone.
     }
-    if (code == QLatin1String("invalid_credentials"))
-        return QStringLiteral("Неверный логин или пароль");
+    if (code == "invalid_credentials"_L1)
+        return u"Неверный логин или пароль"_s;
     if (statusCode == 429)
-        return QStringLiteral("Слишком много попыток. Повторите через минуту");
+        return u"Слишком много попыток. Повторите через минуту"_s;
     if (statusCode == 400)
-        return QStringLiteral("Проверьте введённые данные");
+        return u"Проверьте введённые данные"_s;
     if (statusCode == 409 && isRegistering)
-        return QStringLiteral("Этот логин уже занят");
-    return QStringLiteral("Не удалось выполнить вход (код %1)").arg(statusCode);
+        return u"Этот логин уже занят"_s;
+    return u"Не удалось выполнить вход (код %1)"_s.arg(statusCode);
 }
 
 QByteArray AuthView::requestBody() const {
-    QJsonObject body{{QStringLiteral("username"), username.value()},
-                     {QStringLiteral("password"), password.value()}};
+    QJsonObject body{{u"username"_s, username.value()}, {u"password"_s, password.value()}};
     if (isRegistering && !displayName.value().isEmpty())
-        body.insert(QStringLiteral("display_name"), displayName.value());
+        body.insert(u"display_name"_s, displayName.value());
     const auto device = m_session.devicePayload();
     for (auto entry = device.cbegin(); entry != device.cend(); ++entry)
         body.insert(entry.key(), entry.value());

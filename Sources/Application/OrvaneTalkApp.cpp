@@ -13,11 +13,13 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto listWidthKey = QStringLiteral("window/list_width");
+const auto listWidthKey = u"window/list_width"_s;
 
 constexpr int narrowest = 260;
 constexpr int usual = 320;

@@ -9,6 +9,8 @@
 
 #if __has_include(<malloc.h>)
 #include <malloc.h>
+
+using namespace Qt::StringLiterals;
 #endif
 
 namespace {
@@ -23,7 +25,7 @@ void keepMemorySmall() {
 void drawWithTheProcessor() {
     // Whoever says otherwise is heard.
     if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
-        QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
+        QQuickWindow::setSceneGraphBackend(u"software"_s);
 }
 
 void bringUp(QQuickWindow &window) {
@@ -36,8 +38,8 @@ void bringUp(QQuickWindow &window) {
 } // namespace
 
 int main(int argc, char *argv[]) {
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.orvanetalk.OrvaneTalk"));
-    QGuiApplication::setApplicationName(QStringLiteral("OrvaneTalk"));
+    QGuiApplication::setDesktopFileName(u"com.orvanetalk.OrvaneTalk"_s);
+    QGuiApplication::setApplicationName(u"OrvaneTalk"_s);
     keepMemorySmall();
     drawWithTheProcessor();
     const QGuiApplication application(argc, argv);
@@ -50,13 +52,13 @@ int main(int argc, char *argv[]) {
                      &orvane::OrvaneTalkApp::windowWanted);
     orvane::installAccessibleButtons();
     QQmlApplicationEngine engine;
-    engine.addImportPath(QStringLiteral("qrc:/"));
-    engine.addImageProvider(QStringLiteral("symbol"), new orvane::SymbolImages);
-    engine.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(&app)}});
+    engine.addImportPath(u"qrc:/"_s);
+    engine.addImageProvider(u"symbol"_s, new orvane::SymbolImages);
+    engine.setInitialProperties({{u"app"_s, QVariant::fromValue(&app)}});
     QObject::connect(
         &engine, &QQmlApplicationEngine::objectCreationFailed, &application,
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
-    engine.load(QStringLiteral("qrc:/OrvaneTalk/Application/MainWindow.qml"));
+    engine.load(u"qrc:/OrvaneTalk/Application/MainWindow.qml"_s);
     for (QObject *root : engine.rootObjects()) {
         auto *window = qobject_cast<QQuickWindow *>(root);
         if (!window)

@@ -5,6 +5,8 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::json {
 
 namespace {
@@ -21,7 +23,7 @@ QJsonValue parseScalar(const QByteArray &bytes) {
     QJsonParseError error;
     const QJsonArray wrapped = QJsonDocument::fromJson('[' + bytes + ']', &error).array();
     if (error.error != QJsonParseError::NoError || wrapped.size() != 1)
-        throw JsonError(QStringLiteral("The data is not valid JSON."));
+        throw JsonError(u"The data is not valid JSON."_s);
     return wrapped.first();
 }
 
@@ -34,7 +36,7 @@ QJsonValue parse(const QByteArray &bytes) {
         return document.isObject() ? QJsonValue(document.object()) : QJsonValue(document.array());
     const QByteArray trimmed = bytes.trimmed();
     if (trimmed.isEmpty() || trimmed.startsWith('{') || trimmed.startsWith('['))
-        throw JsonError(QStringLiteral("The data is not valid JSON: %1.").arg(error.errorString()));
+        throw JsonError(u"The data is not valid JSON: %1."_s.arg(error.errorString()));
     return parseScalar(trimmed);
 }
 

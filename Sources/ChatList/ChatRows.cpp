@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -84,8 +86,8 @@ QString ChatRows::spoken(const MessengerChat &chat) const {
     if (chat.lastMessage)
         words << preview(chat);
     if (chat.unreadCount > 0)
-        words << QStringLiteral("%1 unread").arg(chat.unreadCount);
-    return words.join(QStringLiteral(", "));
+        words << u"%1 unread"_s.arg(chat.unreadCount);
+    return words.join(u", "_s);
 }
 
 } // namespace orvane

@@ -2,6 +2,8 @@
 
 #include "Base/Task.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 Folders::Folders(MessengerAPI &api)
@@ -42,8 +44,7 @@ QCoro::Task<void> Folders::load(Self self) {
 
 QCoro::Task<void> Folders::create(Self self, QString name) {
     try {
-        const std::optional<ChatFolder> folder =
-            co_await self->m_api.createChatFolder(name, QStringLiteral("📁"));
+        const std::optional<ChatFolder> folder = co_await self->m_api.createChatFolder(name, u"📁"_s);
         if (!folder)
             co_return;
         if (self->chatFolders.rowOf(folder->id) < 0)
@@ -56,7 +57,7 @@ QCoro::Task<void> Folders::create(Self self, QString name) {
 
 QCoro::Task<void> Folders::add(Self self, QString folderId, QString chatId) {
     try {
-        co_await self->m_api.manageFolderChat(folderId, chatId, QStringLiteral("add"));
+        co_await self->m_api.manageFolderChat(folderId, chatId, u"add"_s);
     } catch (const std::exception &) {
         // Dropped on purpose: the folder is as it was.
     }

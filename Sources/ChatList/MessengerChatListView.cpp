@@ -15,6 +15,8 @@
 #include <limits>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -26,14 +28,13 @@ MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     user.id = id;
     user.username = json::text(record, u"username");
     user.displayName = json::text(record, u"display_name").value_or(user.username.value_or(QString()));
-    user.status =
-        json::text(record, u"status") == QLatin1String("online") ? UserStatus::online : UserStatus::offline;
+    user.status = json::text(record, u"status") == "online"_L1 ? UserStatus::online : UserStatus::offline;
     return user;
 }
 
 /// Of the saved chat that stands in while the server gives none.
 QString localSavedChatID(const QString &user) {
-    return QStringLiteral("saved_") + user;
+    return u"saved_"_s + user;
 }
 
 /// QML would otherwise delete what a call gives it.
@@ -113,7 +114,7 @@ QString MessengerChatListView::badge() const {
     const qint64 sum = unreadSum();
     if (sum < 1)
         return {};
-    return sum > highestBadge ? QStringLiteral("99+") : QString::number(sum);
+    return sum > highestBadge ? u"99+"_s : QString::number(sum);
 }
 
 void MessengerChatListView::openAssistant() {
@@ -203,8 +204,7 @@ QCoro::Task<void> MessengerChatListView::syncDevice(Self self) {
         const QJsonObject sync = co_await self->m_parts.api.pullDeviceSync();
         if (const auto cursor = json::integer(sync, u"cursor"))
             self->m_parts.session.adoptSyncCursor(*cursor);
-        const QByteArray answer =
-            co_await self->m_parts.api.get(QStringLiteral("/api/messenger/federation/info"));
+        const QByteArray answer = co_await self->m_parts.api.get(u"/api/messenger/federation/info"_s);
         const auto federation = json::parseObject(answer);
         if (const auto matrixId = federation ? json::text(*federation, u"matrix_id") : std::nullopt)
             self->m_parts.session.matrixId = matrixId;
@@ -269,7 +269,7 @@ QCoro::Task<void> MessengerChatListView::findSavedChat(Self self) {
         id = localSavedChatID(user);
     }
     if (!self->chats.find(*id)) {
-        MessengerChat saved = newChat(*id, ChatType::direct, QStringLiteral("Saved Messages"));
+        MessengerChat saved = newChat(*id, ChatType::direct, u"Saved Messages"_s);
         saved.participants = {user};
         self->chats.insertFirst(saved);
     }
@@ -315,9 +315,9 @@ void MessengerChatListView::filterChats() {
 }
 
 void MessengerChatListView::handleEvent(const WSEvent &event) {
-    if (event.type == QLatin1String("messenger_message"))
+    if (event.type == "messenger_message"_L1)
         handleNewMessage(event.data);
-    else if (event.type == QLatin1String("user_status"))
+    else if (event.type == "user_status"_L1)
         handleUserStatus(event.data);
 }
 
@@ -339,7 +339,7 @@ void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
     chats.replace(chat);
     updateDockBadge();
     m_parts.notifications().notify(*chatID, chats.displayName(chat),
-                                   nameOf(*senderID, contacts, QStringLiteral("Someone")), *content);
+                                   nameOf(*senderID, contacts, u"Someone"_s), *content);
 }
 
 void MessengerChatListView::handleUserStatus(const QJsonObject &event) {
@@ -347,7 +347,7 @@ void MessengerChatListView::handleUserStatus(const QJsonObject &event) {
     const auto status = json::text(event, u"status");
     if (!userID || !status || !contacts.contains(*userID))
         return;
-    contacts[*userID].status = *status == QLatin1String("online") ? UserStatus::online : UserStatus::offline;
+    contacts[*userID].status = *status == "online"_L1 ? UserStatus::online : UserStatus::offline;
     contactsChanged();
 }
 

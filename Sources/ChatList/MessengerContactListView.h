@@ -15,6 +15,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// Lists of records one after the other, told to views like a single one.
 class JoinedLists : public QConcatenateTablesProxyModel {
     Q_OBJECT
@@ -22,9 +24,7 @@ class JoinedLists : public QConcatenateTablesProxyModel {
 public:
     using QConcatenateTablesProxyModel::QConcatenateTablesProxyModel;
 
-    QHash<int, QByteArray> roleNames() const override {
-        return {{RecordListModel::RecordRole, QByteArrayLiteral("record")}};
-    }
+    QHash<int, QByteArray> roleNames() const override { return {{RecordListModel::RecordRole, "record"_ba}}; }
 };
 
 /// The sheet for finding people, answering contact requests and bringing in the address book. Main thread.

@@ -5,6 +5,8 @@
 #include "ChatList/Blanks.h"
 #include "ChatList/ChatAnswer.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -80,15 +82,15 @@ QCoro::Task<QJsonObject> NewGroup::request(const Draft &draft) {
         return m_api.createFederatedChat(title, draft.participants, draft.remote);
     if (draft.zeroKnowledge && m_encryption)
         return m_encryption->zkCrypto().createZkGroup(title, draft.participants, m_session.userIdText());
-    return m_api.createChat(m_session.userIdText(), QStringLiteral("group"), title, draft.participants);
+    return m_api.createChat(m_session.userIdText(), u"group"_s, title, draft.participants);
 }
 
 QString NewGroup::titleOf(const Draft &draft) {
     if (!draft.name.isEmpty())
         return draft.name;
     if (!draft.remote.isEmpty())
-        return QStringLiteral("🌐 Federated Group");
-    return draft.zeroKnowledge ? QStringLiteral("ZK Group") : QStringLiteral("Group");
+        return u"🌐 Federated Group"_s;
+    return draft.zeroKnowledge ? u"ZK Group"_s : u"Group"_s;
 }
 
 } // namespace orvane

@@ -6,6 +6,8 @@
 #include "Base/Task.h"
 #include "Conversation/MessengerChatView.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -23,7 +25,7 @@ QString section(const QString &mark, const QJsonObject &answer, QStringView key)
 
 QString joined(QStringList sections) {
     sections.removeAll(QString());
-    return sections.join(QStringLiteral("\n\n"));
+    return sections.join(u"\n\n"_s);
 }
 
 void appendToResponse(MessengerChatView &screen, const QString &addition) {
@@ -54,7 +56,7 @@ QCoro::Task<void> ChatAssistant::ask(Screen screen, QString request) {
                                                      json::object(action, u"params").value_or(QJsonObject()));
     } catch (const std::exception &error) {
         screen->isAILoading = false;
-        screen->aiResponse = QStringLiteral("[Error: %1]").arg(localizedDescription(error));
+        screen->aiResponse = u"[Error: %1]"_s.arg(localizedDescription(error));
     }
 }
 
@@ -67,10 +69,9 @@ QCoro::Task<void> ChatAssistant::summarize(Screen screen, QString period) {
     try {
         const QJsonObject answer =
             co_await screen->parts().api.summarizeChat(screen->chat.id, period, screen->currentUserID);
-        screen->chatSummary = joined({json::text(answer, u"summary").value_or(QString()),
-                                      section(QStringLiteral("• "), answer, u"key_points"),
-                                      section(QStringLiteral("✓ "), answer, u"decisions"),
-                                      section(QStringLiteral("→ "), answer, u"action_items")});
+        screen->chatSummary = joined(
+            {json::text(answer, u"summary").value_or(QString()), section(u"• "_s, answer, u"key_points"),
+             section(u"✓ "_s, answer, u"decisions"), section(u"→ "_s, answer, u"action_items")});
     } catch (const std::exception &) {
         // Dropped on purpose: the banner stays as it was.
     }
@@ -101,12 +102,12 @@ void ChatAssistant::handleAgentAction(const QString &type, const QJsonObject &pa
     const auto param = [&](QStringView key, const QString &otherwise = {}) {
         return json::text(params, key).value_or(otherwise);
     };
-    if (type == QLatin1String("search"))
+    if (type == "search"_L1)
         launch(agentSearch(screen, param(u"query")));
-    else if (type == QLatin1String("translate"))
-        launch(agentTranslate(screen, param(u"text"), param(u"to", QStringLiteral("ru"))));
-    else if (type == QLatin1String("summarize"))
-        launch(agentSummarize(screen, param(u"period", QStringLiteral("all"))));
+    else if (type == "translate"_L1)
+        launch(agentTranslate(screen, param(u"text"), param(u"to", u"ru"_s)));
+    else if (type == "summarize"_L1)
+        launch(agentSummarize(screen, param(u"period", u"all"_s)));
 }
 
 QCoro::Task<void> ChatAssistant::agentSearch(Screen screen, QString query) {
@@ -123,15 +124,13 @@ QCoro::Task<void> ChatAssistant::agentSearch(Screen screen, QString query) {
         screen->agentResults = results;
         screen->showSearchPanel = true;
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("[Agent Search] ") + localizedDescription(error));
+        logLine(u"[Agent Search] "_s + localizedDescription(error));
     }
 }
 
 QCoro::Task<void> ChatAssistant::agentTranslate(Screen screen, QString text, QString language) {
     const std::optional<QString> translated = co_await screen->parts().ai().translateText(text, language);
-    appendToResponse(
-        *screen,
-        QStringLiteral("\n\nПеревод (%1): %2").arg(language, translated.value_or(QStringLiteral("—"))));
+    appendToResponse(*screen, u"\n\nПеревод (%1): %2"_s.arg(language, translated.value_or(u"—"_s)));
 }
 
 QCoro::Task<void> ChatAssistant::agentSummarize(Screen screen, QString period) {
@@ -139,10 +138,10 @@ QCoro::Task<void> ChatAssistant::agentSummarize(Screen screen, QString period) {
     try {
         const QJsonObject answer =
             co_await screen->parts().api.summarizeChat(screen->chat.id, period, screen->currentUserID);
-        const QString summary = joined({json::text(answer, u"summary").value_or(QString()),
-                                        section(QStringLiteral("• "), answer, u"key_points")});
+        const QString summary = joined(
+            {json::text(answer, u"summary").value_or(QString()), section(u"• "_s, answer, u"key_points")});
         screen->chatSummary = summary;
-        appendToResponse(*screen, QStringLiteral("\n\n") + summary);
+        appendToResponse(*screen, u"\n\n"_s + summary);
     } catch (const std::exception &) {
         // Dropped on purpose: the agent's own words stand.
     }

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -32,16 +34,16 @@ bool isHarmlessId(const QString &id) {
 void ChatEvents::handle(const WSEvent &event) {
     using Handler = void (ChatEvents::*)(const QJsonObject &);
     static const QHash<QString, Handler> handlers{
-        {QStringLiteral("messenger_message_edited"), &ChatEvents::edited},
-        {QStringLiteral("messenger_message_deleted"), &ChatEvents::deleted},
-        {QStringLiteral("messenger_reaction"), &ChatEvents::reaction},
-        {QStringLiteral("messenger_read_receipt"), &ChatEvents::readReceipt},
-        {QStringLiteral("poll_vote"), &ChatEvents::pollVote},
-        {QStringLiteral("typing"), &ChatEvents::typing},
+        {u"messenger_message_edited"_s, &ChatEvents::edited},
+        {u"messenger_message_deleted"_s, &ChatEvents::deleted},
+        {u"messenger_reaction"_s, &ChatEvents::reaction},
+        {u"messenger_read_receipt"_s, &ChatEvents::readReceipt},
+        {u"poll_vote"_s, &ChatEvents::pollVote},
+        {u"typing"_s, &ChatEvents::typing},
     };
     if (json::text(event.data, u"chat_id") != m_screen.chat.id)
         return;
-    if (event.type == QLatin1String("messenger_message")) {
+    if (event.type == "messenger_message"_L1) {
         if (const auto raw = json::object(event.data, u"message"))
             launch(receive(m_screen.shared_from_this(), *raw));
     } else if (const Handler handler = handlers.value(event.type)) {

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -22,9 +24,9 @@ QList<MessengerMessage> sampleConversation(const MessengerChatView &screen) {
         message.deliveryStatus = DeliveryStatus::sent;
         return message;
     };
-    return {sample(screen.peerId(), QStringLiteral("Hey! How is the project?"), 3600),
-            sample(screen.currentUserID, QStringLiteral("Almost done!"), 3500),
-            sample(screen.peerId(), QStringLiteral("Meeting tomorrow at 11."), 1800)};
+    return {sample(screen.peerId(), u"Hey! How is the project?"_s, 3600),
+            sample(screen.currentUserID, u"Almost done!"_s, 3500),
+            sample(screen.peerId(), u"Meeting tomorrow at 11."_s, 1800)};
 }
 
 void sendReadReceipt(MessengerChatView &screen) {
@@ -35,9 +37,8 @@ void sendReadReceipt(MessengerChatView &screen) {
         });
     if (last == records.crend())
         return;
-    screen.parts().socket.send({{QStringLiteral("type"), QStringLiteral("read_receipt")},
-                                {QStringLiteral("chat_id"), screen.chat.id},
-                                {QStringLiteral("message_id"), last->id}});
+    screen.parts().socket.send(
+        {{u"type"_s, u"read_receipt"_s}, {u"chat_id"_s, screen.chat.id}, {u"message_id"_s, last->id}});
 }
 
 } // namespace

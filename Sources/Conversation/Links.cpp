@@ -3,6 +3,8 @@
 #include <QDesktopServices>
 #include <QRegularExpression>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -28,7 +30,7 @@ QStringView withoutSentence(QStringView address) {
 
 QList<Link> Link::in(const QString &text) {
     // Neither blanks nor characters that nobody sees, which could turn an address around.
-    static const QRegularExpression pattern(QStringLiteral(R"((?<![\p{L}\p{N}])https?://[^\s\p{C}<>"«“]+)"),
+    static const QRegularExpression pattern(uR"((?<![\p{L}\p{N}])https?://[^\s\p{C}<>"«“]+)"_s,
                                             QRegularExpression::CaseInsensitiveOption |
                                                 QRegularExpression::UseUnicodePropertiesOption);
     QList<Link> found;

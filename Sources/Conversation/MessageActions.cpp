@@ -6,6 +6,8 @@
 #include "Base/Task.h"
 #include "Conversation/MessengerChatView.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 void MessageActions::copy(const MessengerMessage &message) {
@@ -35,7 +37,7 @@ QCoro::Task<void> MessageActions::performEdit(Screen screen, QString messageID, 
             message.editedAt = QDateTime::currentDateTimeUtc();
         });
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("[Edit] Failed: ") + localizedDescription(error));
+        logLine(u"[Edit] Failed: "_s + localizedDescription(error));
     }
 }
 
@@ -48,7 +50,7 @@ QCoro::Task<void> MessageActions::deleteAtServer(Screen screen, QString messageI
         co_await screen->parts().api.deleteMessage(messageID, screen->currentUserID);
         screen->removeAll(messageID);
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("[Delete] Failed: ") + localizedDescription(error));
+        logLine(u"[Delete] Failed: "_s + localizedDescription(error));
     }
 }
 
@@ -76,7 +78,7 @@ QCoro::Task<void> MessageActions::pinAtServer(Screen screen, QString messageID, 
             co_await api.unpinMessage(screen->chat.id, messageID);
     } catch (const std::exception &error) {
         MessageActions(*screen).setPinned(messageID, !pin);
-        logLine(QStringLiteral("[Pin] API error: ") + localizedDescription(error));
+        logLine(u"[Pin] API error: "_s + localizedDescription(error));
     }
 }
 
@@ -111,7 +113,7 @@ QCoro::Task<void> MessageActions::reactAtServer(Screen screen, QString messageID
                 message.reactions = MessengerMessage::parseReactions(*reactions);
             });
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("[Reaction] failed: ") + localizedDescription(error));
+        logLine(u"[Reaction] failed: "_s + localizedDescription(error));
     }
 }
 
@@ -124,8 +126,7 @@ void MessageActions::translate(const MessengerMessage &message) {
 
 QCoro::Task<void> MessageActions::translateAtServer(Screen screen, QString messageID) {
     try {
-        const QJsonObject answer =
-            co_await screen->parts().api.translateMessage(messageID, QStringLiteral("ru"));
+        const QJsonObject answer = co_await screen->parts().api.translateMessage(messageID, u"ru"_s);
         if (const auto translated = json::text(answer, u"translated")) {
             QVariantMap texts = screen->translatedText;
             texts.insert(messageID, *translated);

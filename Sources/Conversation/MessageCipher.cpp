@@ -1,10 +1,12 @@
 #include "Conversation/MessageCipher.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto placeholder = QStringLiteral("🔒 Encrypted");
+const auto placeholder = u"🔒 Encrypted"_s;
 
 } // namespace
 

@@ -10,6 +10,8 @@
 #include "Model/MessengerMock.h"
 #include "Session/UserIdText.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 void MessageForwarding::loadAvailableChats() {
@@ -39,18 +41,18 @@ void MessageForwarding::forwardTo(const MessengerChat &target) {
         return;
     const auto sender = m_screen.contacts.constFind(message->senderID);
     const QJsonObject forwardedFrom{
-        {QStringLiteral("original_chat_id"), m_screen.chat.id},
-        {QStringLiteral("original_sender_id"), message->senderID},
-        {QStringLiteral("original_sender_name"),
+        {u"original_chat_id"_s, m_screen.chat.id},
+        {u"original_sender_id"_s, message->senderID},
+        {u"original_sender_name"_s,
          sender == m_screen.contacts.constEnd() ? message->senderID : sender->displayName},
-        {QStringLiteral("forwarded_at"), times::toUnixSeconds(QDateTime::currentDateTimeUtc())},
+        {u"forwarded_at"_s, times::toUnixSeconds(QDateTime::currentDateTimeUtc())},
     };
     MessageCipher &cipher = m_screen.cipher();
     const QJsonObject body{
-        {QStringLiteral("user_id"), parseUserId(m_screen.currentUserID).value_or(0)},
-        {QStringLiteral("forwarded_from"), forwardedFrom},
-        {QStringLiteral("content"), cipher.sealedPairwise(target.id, cipher.plainText(message->content))},
-        {QStringLiteral("type"), QStringLiteral("text")},
+        {u"user_id"_s, parseUserId(m_screen.currentUserID).value_or(0)},
+        {u"forwarded_from"_s, forwardedFrom},
+        {u"content"_s, cipher.sealedPairwise(target.id, cipher.plainText(message->content))},
+        {u"type"_s, u"text"_s},
     };
     m_screen.showForwardPicker = false;
     m_screen.messageToForward = std::nullopt;
@@ -60,9 +62,9 @@ void MessageForwarding::forwardTo(const MessengerChat &target) {
 QCoro::Task<void> MessageForwarding::post(Screen screen, QString chatID, QJsonObject body) {
     try {
         co_await postMessage(screen->parts().api, chatID, body, freshId());
-        logLine(QStringLiteral("[Forward] Message forwarded"));
+        logLine(u"[Forward] Message forwarded"_s);
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("[Forward] Failed: ") + localizedDescription(error));
+        logLine(u"[Forward] Failed: "_s + localizedDescription(error));
     }
 }
 

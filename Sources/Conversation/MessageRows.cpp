@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -18,8 +20,8 @@ constexpr qsizetype quoteLength = 200;
 
 QString kindOf(const MessengerMessage &message) {
     if (message.poll)
-        return QStringLiteral("poll");
-    return message.type == MessageType::sticker ? QStringLiteral("sticker") : QStringLiteral("text");
+        return u"poll"_s;
+    return message.type == MessageType::sticker ? u"sticker"_s : u"text"_s;
 }
 
 /// The nearest place at or before `length` that no visible character straddles; `length` in an endless one.
@@ -39,10 +41,10 @@ QStringList labels(const QList<MessageReaction> &reactions) {
     for (const MessageReaction &reaction : reactions.first(shown)) {
         labels.append(reaction.emoji.left(longestEmoji));
         if (reaction.userIDs.size() >= 2)
-            labels.last() += QStringLiteral(" %1").arg(reaction.userIDs.size());
+            labels.last() += u" %1"_s.arg(reaction.userIDs.size());
     }
     if (const qsizetype hidden = reactions.size() - shown; hidden > 0)
-        labels.append(QStringLiteral("+%1").arg(hidden));
+        labels.append(u"+%1"_s.arg(hidden));
     return labels;
 }
 
@@ -234,14 +236,14 @@ QString MessageRows::spoken(const MessengerMessage &message) const {
     QStringList words{m_screen.nameInChat(message.senderID), text(message).left(spokenLength),
                       DisplayTimes::clock(message.timestamp)};
     if (message.editedAt)
-        words << QStringLiteral("edited");
+        words << u"edited"_s;
     if (message.isStarred)
-        words << QStringLiteral("starred");
+        words << u"starred"_s;
     if (m_screen.isPinned(message.id))
-        words << QStringLiteral("pinned");
+        words << u"pinned"_s;
     const bool own = message.senderID == m_screen.currentUserID;
-    words << (own ? rawText(message.deliveryStatus) : QStringLiteral("received"));
-    return words.join(QStringLiteral(", "));
+    words << (own ? rawText(message.deliveryStatus) : u"received"_s);
+    return words.join(u", "_s);
 }
 
 } // namespace orvane

@@ -11,6 +11,8 @@
 
 #include <QJsonDocument>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -28,9 +30,9 @@ MessengerMessage ownMessage(const MessengerChatView &screen, MessageType type, c
 }
 
 QJsonObject bodyOf(const MessengerMessage &message, const QString &content) {
-    return {{QStringLiteral("user_id"), parseUserId(message.senderID).value_or(0)},
-            {QStringLiteral("content"), content},
-            {QStringLiteral("type"), rawText(message.type)}};
+    return {{u"user_id"_s, parseUserId(message.senderID).value_or(0)},
+            {u"content"_s, content},
+            {u"type"_s, rawText(message.type)}};
 }
 
 } // namespace
@@ -69,9 +71,9 @@ QCoro::Task<void> MessageSender::text(Screen screen, QString text) {
 
     QJsonObject body = bodyOf(message, content.serverContent);
     if (message.replyToID)
-        body.insert(QStringLiteral("reply_to"), *message.replyToID);
+        body.insert(u"reply_to"_s, *message.replyToID);
     if (content.zkPayload)
-        body.insert(QStringLiteral("zk_payload"), *content.zkPayload);
+        body.insert(u"zk_payload"_s, *content.zkPayload);
     try {
         co_await postMessage(screen->parts().api, screen->chat.id, body, message.id);
     } catch (const std::exception &) {
@@ -119,12 +121,12 @@ bool MessageSender::sendDirectly(MessengerChatView &screen, const MessengerMessa
         return false;
     // The direct channel carries the plain text.
     const QJsonObject record{
-        {QStringLiteral("id"), message.id},
-        {QStringLiteral("sender_id"), message.senderID},
-        {QStringLiteral("content"), message.content},
-        {QStringLiteral("created_at"), times::toUnixSeconds(QDateTime::currentDateTimeUtc())},
-        {QStringLiteral("type"), QStringLiteral("text")},
-        {QStringLiteral("p2p"), true},
+        {u"id"_s, message.id},
+        {u"sender_id"_s, message.senderID},
+        {u"content"_s, message.content},
+        {u"created_at"_s, times::toUnixSeconds(QDateTime::currentDateTimeUtc())},
+        {u"type"_s, u"text"_s},
+        {u"p2p"_s, true},
     };
     return screen.parts().directChannel().send(peer, screen.chat.id, record);
 }

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -100,7 +102,7 @@ QCoro::Task<void> MessengerChatView::findBot(Self self) {
             co_return;
         const QJsonObject &user = found.first();
         const QString username = json::text(user, u"username").value_or(QString());
-        if (!json::boolean(user, u"is_bot").value_or(false) && !username.startsWith(QLatin1String("bot_")))
+        if (!json::boolean(user, u"is_bot").value_or(false) && !username.startsWith("bot_"_L1))
             co_return;
         self->activeBotId = self->peerId();
         self->activeBotName = json::text(user, u"display_name").value_or(username);
@@ -122,7 +124,7 @@ void MessengerChatView::sendMessage() {
 
 void MessengerChatView::handleSlash(const QString &text) {
     const QString command = text.section(u' ', 0, 0, QString::SectionSkipEmpty).toLower();
-    if (command == QLatin1String("/export"))
+    if (command == "/export"_L1)
         Q_EMIT exportRequested(exportedConversation(*this));
 }
 
@@ -141,11 +143,11 @@ void MessengerChatView::votePoll(const MessengerPoll &poll) {
     changeAt(row, [&](MessengerMessage &message) { message.poll = poll; });
     for (const PollOption &option : poll.options) {
         if (option.voters.contains(currentUserID))
-            m_parts.socket.send({{QStringLiteral("type"), QStringLiteral("poll_vote")},
-                                 {QStringLiteral("user_id"), currentUserID},
-                                 {QStringLiteral("poll_id"), poll.id},
-                                 {QStringLiteral("option_id"), option.id},
-                                 {QStringLiteral("chat_id"), chat.id}});
+            m_parts.socket.send({{u"type"_s, u"poll_vote"_s},
+                                 {u"user_id"_s, currentUserID},
+                                 {u"poll_id"_s, poll.id},
+                                 {u"option_id"_s, option.id},
+                                 {u"chat_id"_s, chat.id}});
     }
 }
 
@@ -166,7 +168,7 @@ void MessengerChatView::performDelete() {
 }
 
 void MessengerChatView::scrollToPinned() const {
-    logLine(QStringLiteral("[Pin] scroll requested"));
+    logLine(u"[Pin] scroll requested"_s);
 }
 
 void MessengerChatView::replyTo(const MessengerMessage &message) {
@@ -197,17 +199,16 @@ QString MessengerChatView::typingLine() const {
     names.sort();
     if (names.isEmpty())
         return {};
-    return names.size() == 1 ? names.first() + QStringLiteral(" is typing…")
-                             : names.join(QStringLiteral(", ")) + QStringLiteral(" are typing…");
+    return names.size() == 1 ? names.first() + u" is typing…"_s : names.join(u", "_s) + u" are typing…"_s;
 }
 
 QString MessengerChatView::senderName(const QString &userID) const {
     const auto sender = contacts.constFind(userID);
-    return sender == contacts.constEnd() ? QStringLiteral("Someone") : sender->displayName;
+    return sender == contacts.constEnd() ? u"Someone"_s : sender->displayName;
 }
 
 QString MessengerChatView::nameInChat(const QString &userID) const {
-    return userID == currentUserID ? QStringLiteral("You") : senderName(userID);
+    return userID == currentUserID ? u"You"_s : senderName(userID);
 }
 
 QString MessengerChatView::chatName(const MessengerChat &other) const {

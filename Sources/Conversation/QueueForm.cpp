@@ -4,15 +4,16 @@
 
 #include <QLocale>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 OfflineQueueStorageError OfflineQueueStorageError::keychain(qint32 status) {
-    return OfflineQueueStorageError(
-        QStringLiteral("The key of the queue can't be had (status %1).").arg(status));
+    return OfflineQueueStorageError(u"The key of the queue can't be had (status %1)."_s.arg(status));
 }
 
 OfflineQueueStorageError OfflineQueueStorageError::invalidCiphertext() {
-    return OfflineQueueStorageError(QStringLiteral("The file is no queue."));
+    return OfflineQueueStorageError(u"The file is no queue."_s);
 }
 
 } // namespace orvane
@@ -79,7 +80,7 @@ QByteArray encode(const QList<QueuedMessage> &messages) {
 QList<QueuedMessage> decode(const QByteArray &json) {
     auto messages = derived::Codec<QList<QueuedMessage>>::read(json::parse(json));
     if (!messages)
-        throw JsonError(QStringLiteral("The data is no list of queued messages."));
+        throw JsonError(u"The data is no list of queued messages."_s);
     return std::move(*messages);
 }
 
@@ -94,7 +95,7 @@ primitives::Box boxOf(const QByteArray &file) {
         throw OfflineQueueStorageError::invalidCiphertext();
     const QByteArrayView combined = QByteArrayView(file).sliced(fileMagic.size());
     if (combined.size() < primitives::nonceSize + primitives::tagSize)
-        throw CipherError(QStringLiteral("The box is too short."));
+        throw CipherError(u"The box is too short."_s);
     return {combined.first(primitives::nonceSize).toByteArray(),
             combined.sliced(primitives::nonceSize).chopped(primitives::tagSize).toByteArray(),
             combined.last(primitives::tagSize).toByteArray()};

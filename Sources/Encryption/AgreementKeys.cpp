@@ -8,6 +8,8 @@
 
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -16,7 +18,7 @@ constexpr qsizetype x963Size = 65;
 
 void require(bool done) {
     if (!done)
-        throw CipherError(QStringLiteral("The key agreement failed."));
+        throw CipherError(u"The key agreement failed."_s);
 }
 
 const uchar *bytesOf(QByteArrayView view) {

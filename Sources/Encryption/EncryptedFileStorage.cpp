@@ -6,10 +6,12 @@
 #include <QFile>
 #include <QSaveFile>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 EncryptedFileStorage::EncryptedFileStorage(const QString &homeFolder)
-    : m_baseDir(homeFolder + QStringLiteral("/.orvanetalk/chats")) {
+    : m_baseDir(homeFolder + u"/.orvanetalk/chats"_s) {
     QDir().mkpath(m_baseDir);
 }
 
@@ -62,7 +64,7 @@ void EncryptedFileStorage::remove(const QString &chatId) {
 }
 
 QString EncryptedFileStorage::fileOf(const QString &chatId) const {
-    return m_baseDir + QLatin1Char('/') + QString::fromLatin1(primitives::sha256(chatId.toUtf8()).toHex());
+    return m_baseDir + u'/' + QString::fromLatin1(primitives::sha256(chatId.toUtf8()).toHex());
 }
 
 } // namespace orvane

@@ -3,6 +3,8 @@
 #include "Base/Json.h"
 #include "Encryption/Base64Url.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -23,13 +25,12 @@ bool isAbsent(const QJsonObject &object, QLatin1StringView key) {
 } // namespace
 
 QString EncryptedMessage::toContent() const {
-    QJsonObject object{{QStringLiteral("ciphertext"), base64(ciphertext)},
-                       {QStringLiteral("nonce"), base64(nonce)},
-                       {QStringLiteral("tag"), base64(tag)}};
+    QJsonObject object{
+        {u"ciphertext"_s, base64(ciphertext)}, {u"nonce"_s, base64(nonce)}, {u"tag"_s, base64(tag)}};
     if (messageNumber)
-        object.insert(QStringLiteral("messageNumber"), *messageNumber);
+        object.insert(u"messageNumber"_s, *messageNumber);
     if (ephemeralKey)
-        object.insert(QStringLiteral("ephemeralKey"), base64(*ephemeralKey));
+        object.insert(u"ephemeralKey"_s, base64(*ephemeralKey));
     return base64(json::compact(object));
 }
 
@@ -52,9 +53,9 @@ std::optional<EncryptedMessage> EncryptedMessage::fromContent(const QString &con
         return std::nullopt;
     EncryptedMessage message{std::move(*ciphertext), std::move(*nonce), std::move(*tag),
                              json::integer(*object, u"messageNumber"), bytesUnder(*object, u"ephemeralKey")};
-    if (!message.messageNumber && !isAbsent(*object, QLatin1StringView("messageNumber")))
+    if (!message.messageNumber && !isAbsent(*object, "messageNumber"_L1))
         return std::nullopt;
-    if (!message.ephemeralKey && !isAbsent(*object, QLatin1StringView("ephemeralKey")))
+    if (!message.ephemeralKey && !isAbsent(*object, "ephemeralKey"_L1))
         return std::nullopt;
     return message;
 }

@@ -1,15 +1,16 @@
 #include "Encryption/EncryptionErrors.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 // These texts are for developers: no screen shows them.
 CryptoError::CryptoError(Case which)
-    : DescribedError(QStringLiteral("CryptoError %1").arg(int(which)))
+    : DescribedError(u"CryptoError %1"_s.arg(int(which)))
     , m_case(which) {}
 
 ZkCryptoError::ZkCryptoError(Case which, qint32 status)
-    : DescribedError(
-          QStringLiteral("ZkCryptoError %1 %2").arg(QString::number(int(which)), QString::number(status)))
+    : DescribedError(u"ZkCryptoError %1 %2"_s.arg(QString::number(int(which)), QString::number(status)))
     , m_case(which)
     , m_status(status) {}
 

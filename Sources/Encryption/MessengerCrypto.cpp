@@ -6,12 +6,14 @@
 #include <QRegularExpression>
 #include <QStringDecoder>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto service = QStringLiteral("com.orvanetalk.messenger");
-const auto account = QStringLiteral("com.orvanetalk.messenger.identity");
+const auto service = u"com.orvanetalk.messenger"_s;
+const auto account = u"com.orvanetalk.messenger.identity"_s;
 
 QString textOf(const SecretBytes &plain) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
@@ -64,13 +66,13 @@ std::optional<X25519PrivateKey> MessengerCrypto::loadKey() {
 void MessengerCrypto::saveKey(const X25519PrivateKey &key) {
     m_store.remove(service, account);
     QByteArray raw = key.raw().view().toByteArray();
-    m_store.add(service, account, QStringLiteral("OrvaneTalk identity key"), raw);
+    m_store.add(service, account, u"OrvaneTalk identity key"_s, raw);
     wipe(raw);
 }
 
 QString MessengerCrypto::fp(const QByteArray &publicKey) {
     return QString::fromLatin1(primitives::sha256(publicKey).toHex())
-        .replace(QRegularExpression(QStringLiteral("(....)(?!$)")), QStringLiteral("\\1 "));
+        .replace(QRegularExpression(u"(....)(?!$)"_s), u"\\1 "_s);
 }
 
 void MessengerCrypto::establishSession(const QString &chatID, const QByteArray &peerIdentityKey,

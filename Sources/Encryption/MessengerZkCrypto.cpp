@@ -6,27 +6,28 @@
 
 #include <QJsonArray>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto service = QStringLiteral("com.orvanetalk.messenger");
-const auto identityAccount = QStringLiteral("com.orvanetalk.zk.identity");
+const auto service = u"com.orvanetalk.messenger"_s;
+const auto identityAccount = u"com.orvanetalk.zk.identity"_s;
 
 QString groupAccount(const QString &chatId) {
-    return QStringLiteral("com.orvanetalk.zk.group.") + chatId;
+    return u"com.orvanetalk.zk.group."_s + chatId;
 }
 
 QString legacyKey(const QString &chatId) {
-    return QStringLiteral("ot_zk_gk_") + chatId;
+    return u"ot_zk_gk_"_s + chatId;
 }
 
 QString metaText(const QString &name, const QStringList &members) {
     QJsonArray ids;
     for (const QString &member : members)
-        ids.append(QJsonObject{{QStringLiteral("id"), parseUserId(member).value_or(0)}});
-    return QString::fromUtf8(json::compact(
-        {{QStringLiteral("title"), name}, {QStringLiteral("members"), ids}, {QStringLiteral("epoch"), 1}}));
+        ids.append(QJsonObject{{u"id"_s, parseUserId(member).value_or(0)}});
+    return QString::fromUtf8(json::compact({{u"title"_s, name}, {u"members"_s, ids}, {u"epoch"_s, 1}}));
 }
 
 } // namespace
@@ -52,7 +53,7 @@ P256PrivateKey MessengerZkCrypto::loadOrCreateKey(SecretStore &store) {
     P256PrivateKey fresh = P256PrivateKey::generate();
     store.remove(service, identityAccount);
     QByteArray raw = fresh.raw().view().toByteArray();
-    store.add(service, identityAccount, QStringLiteral("OrvaneTalk group identity key"), raw);
+    store.add(service, identityAccount, u"OrvaneTalk group identity key"_s, raw);
     wipe(raw);
     return fresh;
 }
@@ -118,8 +119,7 @@ SymmetricKey MessengerZkCrypto::storedGroupKey(const QString &chatId) {
 void MessengerZkCrypto::saveGroupKey(const SecretBytes &key, const QString &chatId) {
     m_store.remove(service, groupAccount(chatId));
     QByteArray raw = key.view().toByteArray();
-    const qint32 status =
-        m_store.add(service, groupAccount(chatId), QStringLiteral("OrvaneTalk group key"), raw);
+    const qint32 status = m_store.add(service, groupAccount(chatId), u"OrvaneTalk group key"_s, raw);
     wipe(raw);
     if (status != SecretStatus::success)
         throw ZkCryptoError(ZkCryptoError::Case::keychain, status);

@@ -2,6 +2,8 @@
 
 #include "Base/LogLine.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -40,9 +42,9 @@ QCoro::Task<void> PreKeyManager::uploadIfNeeded(QString userID) {
             userID, identity, base64(signedPreKey->publicKey), base64(signedPreKey->signature), oneTimeKeys);
         m_crypto.preKeysRemaining = stored;
         isUploaded = true;
-        logLine(QStringLiteral("🔑 PreKeyManager: uploaded %1 one-time pre-keys").arg(stored));
+        logLine(u"🔑 PreKeyManager: uploaded %1 one-time pre-keys"_s.arg(stored));
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("⚠️ PreKeyManager: upload failed — ") + localizedDescription(error));
+        logLine(u"⚠️ PreKeyManager: upload failed — "_s + localizedDescription(error));
     }
 }
 
@@ -51,14 +53,13 @@ QCoro::Task<void> PreKeyManager::replenishIfNeeded(QString userID) {
     try {
         remaining = co_await m_server.checkPreKeyCount(userID);
     } catch (const std::exception &error) {
-        logLine(QStringLiteral("⚠️ PreKeyManager: count check failed — ") +
-                localizedDescription(error));
+        logLine(u"⚠️ PreKeyManager: count check failed — "_s + localizedDescription(error));
         co_return;
     }
     m_crypto.preKeysRemaining = remaining;
     if (remaining >= fewest)
         co_return;
-    logLine(QStringLiteral("🔑 PreKeyManager: only %1 pre-keys left, replenishing...").arg(remaining));
+    logLine(u"🔑 PreKeyManager: only %1 pre-keys left, replenishing..."_s.arg(remaining));
     co_await uploadIfNeeded(userID);
 }
 

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::primitives {
 
 namespace {
@@ -45,7 +47,7 @@ EVP_KDF *hkdf() {
 
 void require(bool done) {
     if (!done)
-        throw CipherError(QStringLiteral("The cipher failed."));
+        throw CipherError(u"The cipher failed."_s);
 }
 
 const uchar *bytesOf(QByteArrayView view) {

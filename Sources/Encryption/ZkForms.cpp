@@ -5,6 +5,8 @@
 
 #include <QStringDecoder>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::zk {
 
 namespace {
@@ -17,8 +19,7 @@ std::optional<QByteArray> bytesUnder(const QJsonObject &object, QStringView key)
 }
 
 QJsonObject toJson(const primitives::Box &box) {
-    return {{QStringLiteral("ciphertext"), toBase64Url(box.ciphertext + box.tag)},
-            {QStringLiteral("nonce"), toBase64Url(box.nonce)}};
+    return {{u"ciphertext"_s, toBase64Url(box.ciphertext + box.tag)}, {u"nonce"_s, toBase64Url(box.nonce)}};
 }
 
 std::optional<primitives::Box> boxIn(const QJsonObject &object) {
@@ -37,11 +38,11 @@ SecretBytes wrappingKey(const SecretBytes &secret) {
 
 QJsonObject exportPublicJWK(const P256PublicKey &key) {
     const QByteArray point = key.x963();
-    return {{QStringLiteral("kty"), QStringLiteral("EC")},
-            {QStringLiteral("crv"), QStringLiteral("P-256")},
-            {QStringLiteral("x"), toBase64Url(point.mid(1, coordinateSize))},
-            {QStringLiteral("y"), toBase64Url(point.mid(1 + coordinateSize))},
-            {QStringLiteral("ext"), true}};
+    return {{u"kty"_s, u"EC"_s},
+            {u"crv"_s, u"P-256"_s},
+            {u"x"_s, toBase64Url(point.mid(1, coordinateSize))},
+            {u"y"_s, toBase64Url(point.mid(1 + coordinateSize))},
+            {u"ext"_s, true}};
 }
 
 P256PublicKey importPublicJWK(const QJsonObject &jwk) {
@@ -51,7 +52,7 @@ P256PublicKey importPublicJWK(const QJsonObject &jwk) {
         throw ZkCryptoError(ZkCryptoError::Case::invalidJWK);
     auto key = P256PublicKey::fromX963('\x04' + *x + *y);
     if (!key)
-        throw CipherError(QStringLiteral("The key is no point of the curve."));
+        throw CipherError(u"The key is no point of the curve."_s);
     return std::move(*key);
 }
 
@@ -77,7 +78,7 @@ QJsonObject wrap(const SecretBytes &senderKey, const P256PublicKey &target) {
     const SecretBytes key = wrappingKey(ephemeral.agree(target));
     QJsonObject wrapped = toJson(
         primitives::seal(key.view(), primitives::randomBytes(primitives::nonceSize), senderKey.view()));
-    wrapped.insert(QStringLiteral("ephemeral_public_jwk"), exportPublicJWK(ephemeral.publicKey()));
+    wrapped.insert(u"ephemeral_public_jwk"_s, exportPublicJWK(ephemeral.publicKey()));
     return wrapped;
 }
 

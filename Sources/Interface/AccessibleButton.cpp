@@ -7,6 +7,8 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -89,14 +91,13 @@ public:
 private:
     QQuickItem *item() const { return static_cast<QQuickItem *>(object()); }
     QVariant told(const char *property) const {
-        return QQmlProperty::read(item(), QStringLiteral("Accessible.") + QLatin1String(property),
-                                  qmlContext(item()));
+        return QQmlProperty::read(item(), u"Accessible."_s + QLatin1StringView(property), qmlContext(item()));
     }
 };
 
 QAccessibleInterface *makeAccessibleButton(const QString &className, QObject *object) {
-    const bool isButton = className == QLatin1String("QQuickAbstractButton") &&
-                          object->metaObject()->indexOfMethod("press()") >= 0;
+    const bool isButton =
+        className == "QQuickAbstractButton"_L1 && object->metaObject()->indexOfMethod("press()") >= 0;
     return isButton ? new AccessibleButton(static_cast<QQuickItem *>(object)) : nullptr;
 }
 

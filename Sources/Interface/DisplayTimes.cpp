@@ -3,6 +3,8 @@
 #include <QElapsedTimer>
 #include <QLocale>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -32,7 +34,7 @@ QString briefOn(QDate thisDay, const QDateTime &time) {
 } // namespace
 
 QString DisplayTimes::clock(const QDateTime &time) {
-    return time.toLocalTime().toString(QStringLiteral("HH:mm"));
+    return time.toLocalTime().toString(u"HH:mm"_s);
 }
 
 QString DisplayTimes::brief(const QDateTime &time) {
@@ -55,11 +57,10 @@ QString DisplayTimes::day(const QDateTime &time, const QDateTime &now) {
     const QDate date = time.toLocalTime().date();
     const QDate today = now.toLocalTime().date();
     if (date == today)
-        return QStringLiteral("Today");
+        return u"Today"_s;
     if (date == today.addDays(-1))
-        return QStringLiteral("Yesterday");
-    return QLocale().toString(date, date.year() == today.year() ? QStringLiteral("d MMMM")
-                                                                : QStringLiteral("d MMMM yyyy"));
+        return u"Yesterday"_s;
+    return QLocale().toString(date, date.year() == today.year() ? u"d MMMM"_s : u"d MMMM yyyy"_s);
 }
 
 } // namespace orvane

@@ -4,13 +4,15 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 SymbolImages::SymbolImages()
     : QQuickImageProvider(QQuickImageProvider::Image) {}
 
 QImage SymbolImages::requestImage(const QString &id, QSize *size, const QSize &requestedSize) {
-    QFile file(QStringLiteral(":/symbols/%1.svg").arg(id.section(u'/', 0, 0)));
+    QFile file(u":/symbols/%1.svg"_s.arg(id.section(u'/', 0, 0)));
     if (!file.open(QIODevice::ReadOnly))
         qFatal("There is no symbol \"%s\".", qUtf8Printable(id));
     QByteArray drawing = file.readAll();

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -69,7 +71,7 @@ double textScale() {
 } // namespace
 
 QString Theme::emojiFamily() {
-    return QStringLiteral("Noto Color Emoji");
+    return u"Noto Color Emoji"_s;
 }
 
 Theme::Theme(QObject *parent)
@@ -133,7 +135,7 @@ QString Theme::initialOf(const QString &name) const {
     const QString start = name.trimmed().left(longest);
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, start);
     const qsizetype end = finder.toNextBoundary();
-    return end > 0 ? start.left(end).toUpper() : QStringLiteral("?");
+    return end > 0 ? start.left(end).toUpper() : u"?"_s;
 }
 
 QFont Theme::initialFont(int avatarSize) const {

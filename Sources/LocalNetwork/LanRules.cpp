@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::lan {
 
 bool isPrivateLAN(const QString &ip) {
@@ -25,15 +27,15 @@ bool isPrivateLAN(const QString &ip) {
 
 std::optional<QString> localLANIP(const QList<InterfaceAddress> &addresses) {
     for (const InterfaceAddress &entry : addresses)
-        if (entry.interfaceName.startsWith(QLatin1String("en")) && isPrivateLAN(entry.address))
+        if (entry.interfaceName.startsWith("en"_L1) && isPrivateLAN(entry.address))
             return entry.address;
     return std::nullopt;
 }
 
 bool mayBeDialled(const QString &host) {
-    static const auto ranges = {QHostAddress::parseSubnet(QStringLiteral("10.0.0.0/8")),
-                                QHostAddress::parseSubnet(QStringLiteral("172.16.0.0/12")),
-                                QHostAddress::parseSubnet(QStringLiteral("192.168.0.0/16"))};
+    static const auto ranges = {QHostAddress::parseSubnet(u"10.0.0.0/8"_s),
+                                QHostAddress::parseSubnet(u"172.16.0.0/12"_s),
+                                QHostAddress::parseSubnet(u"192.168.0.0/16"_s)};
     const QHostAddress address(host);
     // Short and hexadecimal forms are read as well, but not written.
     return address.toString() == host &&

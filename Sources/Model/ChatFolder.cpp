@@ -2,6 +2,8 @@
 
 #include "Base/Json.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -29,8 +31,8 @@ std::optional<ChatFolder> ChatFolder::fromAPI(const QJsonObject &map) {
         return std::nullopt;
     ChatFolder folder;
     folder.id = *id;
-    folder.name = json::text(map, u"name").value_or(QStringLiteral("Folder"));
-    folder.icon = json::text(map, u"icon").value_or(QStringLiteral("📁"));
+    folder.name = json::text(map, u"name").value_or(u"Folder"_s);
+    folder.icon = json::text(map, u"icon").value_or(u"📁"_s);
     folder.chatIds = chatIdsOf(map);
     return folder;
 }

@@ -4,13 +4,14 @@
 #include "Base/Json.h"
 #include "Base/Times.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
 [[noreturn]] void fail(QStringView key) {
-    throw DecodingError(
-        QStringLiteral("The data couldn’t be read: \"%1\" is missing or has another type.").arg(key));
+    throw DecodingError(u"The data couldn’t be read: \"%1\" is missing or has another type."_s.arg(key));
 }
 
 template <typename T>
@@ -61,9 +62,9 @@ AC decodeChat(const QJsonObject &object) {
 }
 
 ChatType chatType(const std::optional<QString> &type) {
-    if (type == QLatin1String("group"))
+    if (type == "group"_L1)
         return ChatType::group;
-    return type == QLatin1String("channel") ? ChatType::channel : ChatType::direct;
+    return type == "channel"_L1 ? ChatType::channel : ChatType::direct;
 }
 
 } // namespace

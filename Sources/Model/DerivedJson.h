@@ -121,7 +121,7 @@ struct Writer {
 
     template <typename T>
     void operator()(const char *name, const T &value) {
-        object.insert(QLatin1String(name), Codec<T>::write(value));
+        object.insert(QLatin1StringView(name), Codec<T>::write(value));
     }
     template <typename T>
     void operator()(const char *name, const std::optional<T> &value) {
@@ -136,7 +136,7 @@ struct Reader {
 
     template <typename T>
     void operator()(const char *name, T &value) {
-        auto parsed = valid ? Codec<T>::read(object.value(QLatin1String(name))) : std::nullopt;
+        auto parsed = valid ? Codec<T>::read(object.value(QLatin1StringView(name))) : std::nullopt;
         if (parsed)
             value = std::move(*parsed);
         else
@@ -144,7 +144,7 @@ struct Reader {
     }
     template <typename T>
     void operator()(const char *name, std::optional<T> &value) {
-        const QJsonValue found = object.value(QLatin1String(name));
+        const QJsonValue found = object.value(QLatin1StringView(name));
         if (found.isNull() || found.isUndefined())
             value.reset();
         else

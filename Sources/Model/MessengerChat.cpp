@@ -2,20 +2,22 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 QString MessengerChat::displayName(const QString &myUserID, const Contacts &contacts) const {
     if (federated && title && !title->isEmpty())
-        return QStringLiteral("🌐 ") + *title;
+        return u"🌐 "_s + *title;
     if (zkMode)
-        return title ? QStringLiteral("🔒 ") + *title : QStringLiteral("🔒 ZK Group");
+        return title ? u"🔒 "_s + *title : u"🔒 ZK Group"_s;
     if (title)
         return *title;
     if (type == ChatType::direct) {
         const auto peer = contacts.constFind(peerId(myUserID));
-        return peer == contacts.constEnd() ? QStringLiteral("?") : peer->displayName;
+        return peer == contacts.constEnd() ? u"?"_s : peer->displayName;
     }
-    return QStringLiteral("G %1").arg(participants.size());
+    return u"G %1"_s.arg(participants.size());
 }
 
 QString MessengerChat::visibleName(const QString &myUserID, const Contacts &contacts) const {
@@ -23,7 +25,7 @@ QString MessengerChat::visibleName(const QString &myUserID, const Contacts &cont
     const bool isVisible = std::any_of(name.cbegin(), name.cend(), [](QChar unit) {
         return unit.isSurrogate() || (unit.isPrint() && !unit.isSpace());
     });
-    return isVisible ? name : QStringLiteral("Chat");
+    return isVisible ? name : u"Chat"_s;
 }
 
 QString MessengerChat::hueId(const QString &myUserID) const {

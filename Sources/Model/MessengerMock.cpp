@@ -2,6 +2,8 @@
 
 #include "Base/FreshId.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::MessengerMock {
 
 namespace {
@@ -56,32 +58,23 @@ MessengerChat chat(const Sample &sample, const QDateTime &now) {
 } // namespace
 
 const MessengerUser &currentUser() {
-    static const MessengerUser me = user(QStringLiteral("me"), QStringLiteral("Alex"), false);
+    static const MessengerUser me = user(u"me"_s, u"Alex"_s, false);
     return me;
 }
 
 const MessengerUser &aiAssistant() {
-    static const MessengerUser assistant =
-        user(QString::fromLatin1(assistantId), QStringLiteral("Orvane AI"), true);
+    static const MessengerUser assistant = user(QString::fromLatin1(assistantId), u"Orvane AI"_s, true);
     return assistant;
 }
 
 const QList<MessengerChat> &sampleChats() {
     static const QList<MessengerChat> chats = [] {
         const QDateTime now = QDateTime::currentDateTime();
-        const QString me = QStringLiteral("me");
+        const QString me = u"me"_s;
         const QString assistant = QString::fromLatin1(assistantId);
-        const QStringList team{me, QStringLiteral("u2"), QStringLiteral("u3"), QStringLiteral("u4")};
+        const QStringList team{me, u"u2"_s, u"u3"_s, u"u4"_s};
         const Sample samples[] = {
-            {"c1",
-             "Maria",
-             {me, QStringLiteral("u1")},
-             2,
-             "u1",
-             "Docs ready",
-             120,
-             ChatType::direct,
-             MessageType::text},
+            {"c1", "Maria", {me, u"u1"_s}, 2, "u1", "Docs ready", 120, ChatType::direct, MessageType::text},
             {"c2", "Dev Team", team, 0, "u4", "Deploy done", 600, ChatType::group, MessageType::text},
             {"c3",
              nullptr,
@@ -94,7 +87,7 @@ const QList<MessengerChat> &sampleChats() {
              MessageType::aiResponse},
             {"c4",
              nullptr,
-             {me, QStringLiteral("u5")},
+             {me, u"u5"_s},
              0,
              "me",
              "Text me when back",

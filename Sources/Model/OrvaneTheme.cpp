@@ -1,11 +1,13 @@
 #include "Model/OrvaneTheme.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
 struct Row {
-    QLatin1String rawValue;
+    QLatin1StringView rawValue;
     ThemeColour background;
     ThemeColour accent;
     OrvaneTheme theme{};
@@ -14,10 +16,10 @@ struct Row {
 
 // In the order of the enumeration, so that a theme is its own index.
 constexpr Row rows[] = {
-    {QLatin1String("OrvaneTalk"), {0.05, 0.07, 0.06}, {0.0, 0.9, 0.6}, OrvaneTheme::orvane, false},
-    {QLatin1String("Midnight"), {0.08, 0.08, 0.15}, {0.49, 0.55, 1.0}, OrvaneTheme::midnight, false},
-    {QLatin1String("Dracula"), {0.16, 0.16, 0.21}, {0.74, 0.58, 0.98}, OrvaneTheme::dracula, false},
-    {QLatin1String("Nous"), {0.97, 0.97, 0.98}, {0.04, 0.45, 0.33}, OrvaneTheme::nous, true},
+    {"OrvaneTalk"_L1, {0.05, 0.07, 0.06}, {0.0, 0.9, 0.6}, OrvaneTheme::orvane, false},
+    {"Midnight"_L1, {0.08, 0.08, 0.15}, {0.49, 0.55, 1.0}, OrvaneTheme::midnight, false},
+    {"Dracula"_L1, {0.16, 0.16, 0.21}, {0.74, 0.58, 0.98}, OrvaneTheme::dracula, false},
+    {"Nous"_L1, {0.97, 0.97, 0.98}, {0.04, 0.45, 0.33}, OrvaneTheme::nous, true},
 };
 
 const Row &row(OrvaneTheme theme) {

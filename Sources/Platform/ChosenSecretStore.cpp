@@ -10,6 +10,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -33,7 +35,7 @@ ChosenSecretStore::ChosenSecretStore(std::unique_ptr<SecretStore> keyring, std::
                                      const QString &folder)
     : m_keyring(std::move(keyring))
     , m_file(std::move(file))
-    , m_marker(folder + QStringLiteral("/secret-store")) {
+    , m_marker(folder + u"/secret-store"_s) {
     connect(m_keyring.get(), &SecretStore::opened, this, &SecretStore::opened);
     QFile marker(m_marker);
     if (!marker.open(QIODevice::ReadOnly))
@@ -47,9 +49,9 @@ ChosenSecretStore::ChosenSecretStore(std::unique_ptr<SecretStore> keyring, std::
 
 std::unique_ptr<SecretStore> ChosenSecretStore::forThisDesktop() {
     const QString folder = folders::data();
-    return std::make_unique<ChosenSecretStore>(
-        std::make_unique<SecretServiceStore>(),
-        std::make_unique<FileSecretStore>(folder + QStringLiteral("/secrets.json")), folder);
+    return std::make_unique<ChosenSecretStore>(std::make_unique<SecretServiceStore>(),
+                                               std::make_unique<FileSecretStore>(folder + u"/secrets.json"_s),
+                                               folder);
 }
 
 qint32 ChosenSecretStore::add(const QString &service, const QString &account, const QString &label,
@@ -99,13 +101,12 @@ void ChosenSecretStore::allowFile() {
 void ChosenSecretStore::remember(Choice choice) {
     m_choice = choice;
     if (choice != Choice::keyring)
-        logLine(
-            QStringLiteral("[SecretStore] No keyring answers: credentials are kept in a file of this user"));
+        logLine(u"[SecretStore] No keyring answers: credentials are kept in a file of this user"_s);
     QDir().mkpath(QFileInfo(m_marker).path());
     QSaveFile marker(m_marker);
     const QByteArray name = markers[int(choice)] + QByteArray("\n");
     if (!marker.open(QIODevice::WriteOnly) || marker.write(name) != name.size() || !marker.commit())
-        logLine(QStringLiteral("[SecretStore] The choice of the store could not be written down"));
+        logLine(u"[SecretStore] The choice of the store could not be written down"_s);
 }
 
 } // namespace orvane

@@ -7,13 +7,15 @@
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto service = QStringLiteral("org.freedesktop.Notifications");
-const auto path = QStringLiteral("/org/freedesktop/Notifications");
-const auto application = QStringLiteral("com.orvanetalk.OrvaneTalk");
+const auto service = u"org.freedesktop.Notifications"_s;
+const auto path = u"/org/freedesktop/Notifications"_s;
+const auto application = u"com.orvanetalk.OrvaneTalk"_s;
 
 // No desktop shows more, and some are brought down by it.
 constexpr int longestTitle = 200;
@@ -50,11 +52,9 @@ QString notificationBody(const NotificationContent &content, bool readsMarkup) {
 DesktopNotifications::DesktopNotifications(const QDBusConnection &bus, NotificationCentre &centre)
     : m_bus(bus)
     , m_centre(centre) {
-    m_bus.connect(service, path, service, QStringLiteral("ActionInvoked"), this,
-                  SLOT(activated(uint, QString)));
-    m_bus.connect(service, path, service, QStringLiteral("NotificationClosed"), this,
-                  SLOT(closed(uint, uint)));
-    m_bus.connect(service, path, service, QStringLiteral("ActivationToken"), this,
+    m_bus.connect(service, path, service, u"ActionInvoked"_s, this, SLOT(activated(uint, QString)));
+    m_bus.connect(service, path, service, u"NotificationClosed"_s, this, SLOT(closed(uint, uint)));
+    m_bus.connect(service, path, service, u"ActivationToken"_s, this,
                   SLOT(takeActivationToken(uint, QString)));
     // Another service numbers anew, and can do other things.
     auto *watcher = new QDBusServiceWatcher(service, m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
@@ -77,8 +77,7 @@ void DesktopNotifications::add(const QString &, const NotificationContent &conte
 
 void DesktopNotifications::askCapabilities() {
     m_asking = true;
-    auto *answer =
-        new QDBusPendingCallWatcher(m_bus.asyncCall(call(QStringLiteral("GetCapabilities"))), this);
+    auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(call(u"GetCapabilities"_s)), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         const QDBusPendingReply<QStringList> reply = *answer;
         answer->deleteLater();
@@ -93,13 +92,13 @@ void DesktopNotifications::askCapabilities() {
 }
 
 void DesktopNotifications::show(const NotificationContent &content) {
-    const QVariantMap hints{{QStringLiteral("desktop-entry"), application},
-                            {QStringLiteral("sound-name"), QStringLiteral("message-new-instant")},
-                            {QStringLiteral("category"), QStringLiteral("im.received")}};
-    const QStringList actions{QStringLiteral("default"), QStringLiteral("Open")};
-    const bool takesMarkup = m_capabilities && m_capabilities->contains(QStringLiteral("body-markup"));
-    QDBusMessage notify = call(QStringLiteral("Notify"));
-    notify << QStringLiteral("OrvaneTalk") << uint(0) << application << shown(content.title, longestTitle)
+    const QVariantMap hints{{u"desktop-entry"_s, application},
+                            {u"sound-name"_s, u"message-new-instant"_s},
+                            {u"category"_s, u"im.received"_s}};
+    const QStringList actions{u"default"_s, u"Open"_s};
+    const bool takesMarkup = m_capabilities && m_capabilities->contains(u"body-markup"_s);
+    QDBusMessage notify = call(u"Notify"_s);
+    notify << u"OrvaneTalk"_s << uint(0) << application << shown(content.title, longestTitle)
            << notificationBody(content, takesMarkup) << actions << hints << -1;
     auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(notify), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, info = content.userInfo] {
@@ -112,7 +111,7 @@ void DesktopNotifications::show(const NotificationContent &content) {
 
 void DesktopNotifications::activated(uint id, const QString &action) {
     const auto info = m_shown.constFind(id);
-    if (info != m_shown.constEnd() && action == QLatin1String("default"))
+    if (info != m_shown.constEnd() && action == "default"_L1)
         m_centre.post(orvaneOpenChat, *info);
 }
 

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -14,7 +16,7 @@ namespace {
 constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
 
 QString keyOf(const QString &service, const QString &account) {
-    return service + QLatin1Char('/') + account;
+    return service + u'/' + account;
 }
 
 } // namespace
@@ -29,14 +31,13 @@ qint32 FileSecretStore::add(const QString &service, const QString &account, cons
         // A file that can't even be opened may be whole.
         if (QFileInfo(m_path).isFile() && !QFile(m_path).open(QIODevice::ReadOnly))
             return SecretStatus::notWritten;
-        QFile::remove(m_path + QStringLiteral(".damaged"));
-        if (!QFile::rename(m_path, m_path + QStringLiteral(".damaged")))
+        QFile::remove(m_path + u".damaged"_s);
+        if (!QFile::rename(m_path, m_path + u".damaged"_s))
             return SecretStatus::notWritten;
         items.emplace();
     }
     items->insert(keyOf(service, account),
-                  QJsonObject{{QStringLiteral("label"), label},
-                              {QStringLiteral("data"), QString::fromLatin1(data.toBase64())}});
+                  QJsonObject{{u"label"_s, label}, {u"data"_s, QString::fromLatin1(data.toBase64())}});
     return write(*items);
 }
 

@@ -3,11 +3,12 @@
 #include <QDir>
 #include <QStandardPaths>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::folders {
 
 QString data() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-           QStringLiteral("/OrvaneTalk");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/OrvaneTalk"_s;
 }
 
 QString documents() {

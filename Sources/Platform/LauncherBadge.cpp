@@ -3,12 +3,14 @@
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 LauncherBadge::LauncherBadge(const QDBusConnection &bus)
     : m_bus(bus) {
     // Docks take this name; one that was just started has missed what was said before.
-    auto *docks = new QDBusServiceWatcher(QStringLiteral("com.canonical.Unity"), m_bus,
+    auto *docks = new QDBusServiceWatcher(u"com.canonical.Unity"_s, m_bus,
                                           QDBusServiceWatcher::WatchForRegistration, this);
     connect(docks, &QDBusServiceWatcher::serviceRegistered, this, &LauncherBadge::update);
 }
@@ -20,11 +22,10 @@ void LauncherBadge::show(qint64 count, const QString &label) {
 }
 
 void LauncherBadge::update() {
-    QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/com/orvanetalk/OrvaneTalk"),
-                                                     QStringLiteral("com.canonical.Unity.LauncherEntry"),
-                                                     QStringLiteral("Update"));
-    signal << QStringLiteral("application://com.orvanetalk.OrvaneTalk.desktop")
-           << QVariantMap{{QStringLiteral("count"), m_count}, {QStringLiteral("count-visible"), m_visible}};
+    QDBusMessage signal = QDBusMessage::createSignal(u"/com/orvanetalk/OrvaneTalk"_s,
+                                                     u"com.canonical.Unity.LauncherEntry"_s, u"Update"_s);
+    signal << u"application://com.orvanetalk.OrvaneTalk.desktop"_s
+           << QVariantMap{{u"count"_s, m_count}, {u"count-visible"_s, m_visible}};
     m_bus.send(signal);
 }
 

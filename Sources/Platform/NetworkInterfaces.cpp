@@ -12,18 +12,20 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto hardware = QStringLiteral("en");
+const auto hardware = u"en"_s;
 
 // Absent for an interface that is only software.
 std::optional<QString> reportedName(const QString &label) {
     if (label.startsWith(hardware))
         return label;
     // A second address may have a label of its own, "eth0:1".
-    const QString device = QStringLiteral("/sys/class/net/%1/device").arg(label.section(u':', 0, 0));
+    const QString device = u"/sys/class/net/%1/device"_s.arg(label.section(u':', 0, 0));
     return QFileInfo::exists(device) ? std::optional(hardware + label) : std::nullopt;
 }
 

@@ -8,27 +8,29 @@
 #include <algorithm>
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
 using Groups = QMap<QString, QVariantMap>;
 
-const auto portal = QStringLiteral("org.freedesktop.portal.Desktop");
-const auto place = QStringLiteral("/org/freedesktop/portal/desktop");
-const auto settings = QStringLiteral("org.freedesktop.portal.Settings");
+const auto portal = u"org.freedesktop.portal.Desktop"_s;
+const auto place = u"/org/freedesktop/portal/desktop"_s;
+const auto settings = u"org.freedesktop.portal.Settings"_s;
 
-const auto appearance = QStringLiteral("org.freedesktop.appearance");
-const auto gnome = QStringLiteral("org.gnome.desktop.interface");
-const auto plasma = QStringLiteral("org.kde.kdeglobals.KDE");
+const auto appearance = u"org.freedesktop.appearance"_s;
+const auto gnome = u"org.gnome.desktop.interface"_s;
+const auto plasma = u"org.kde.kdeglobals.KDE"_s;
 
 /// Absent for a setting that says nothing of motion.
 std::optional<bool> asksForLess(const QString &group, const QString &key, const QVariant &value) {
-    if (group == appearance && key == QLatin1String("reduced-motion"))
+    if (group == appearance && key == "reduced-motion"_L1)
         return value.toUInt() == 1;
-    if (group == gnome && key == QLatin1String("enable-animations"))
+    if (group == gnome && key == "enable-animations"_L1)
         return value.typeId() == QMetaType::Bool && !value.toBool();
-    if (group == plasma && key == QLatin1String("AnimationDurationFactor")) {
+    if (group == plasma && key == "AnimationDurationFactor"_L1) {
         bool isNumber = false;
         const double factor = value.toDouble(&isNumber);
         return isNumber && factor <= 0.0;
@@ -41,9 +43,9 @@ std::optional<bool> asksForLess(const QString &group, const QString &key, const 
 ReducedMotion::ReducedMotion(const QDBusConnection &bus)
     : m_bus(bus) {
     qDBusRegisterMetaType<Groups>();
-    m_bus.connect(portal, place, settings, QStringLiteral("SettingChanged"), this,
+    m_bus.connect(portal, place, settings, u"SettingChanged"_s, this,
                   SLOT(settingChanged(QString, QString, QDBusVariant)));
-    QDBusMessage call = QDBusMessage::createMethodCall(portal, place, settings, QStringLiteral("ReadAll"));
+    QDBusMessage call = QDBusMessage::createMethodCall(portal, place, settings, u"ReadAll"_s);
     call << QStringList{appearance, gnome, plasma};
     auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {

@@ -8,6 +8,8 @@
 #include <QLockFile>
 #include <QStandardPaths>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -28,7 +30,7 @@ SingleInstance::SingleInstance(const QString &path)
 
 bool SingleInstance::claim() {
     // Of two that start at once, one asks before the other listens.
-    QLockFile turn(m_path + QStringLiteral(".lock"));
+    QLockFile turn(m_path + u".lock"_s);
     turn.tryLock(patience);
     QLocalSocket first;
     first.connectToServer(m_path);
@@ -37,7 +39,7 @@ bool SingleInstance::claim() {
     // A client that ended in disorder left its socket behind.
     QLocalServer::removeServer(m_path);
     if (!m_server.listen(m_path))
-        logLine(QStringLiteral("[SingleInstance] ") + m_server.errorString());
+        logLine(u"[SingleInstance] "_s + m_server.errorString());
     return true;
 }
 
@@ -45,8 +47,8 @@ QString SingleInstance::defaultPath() {
     // A socket's path must be short, which that of the data folder need not be.
     const QByteArray folder =
         QCryptographicHash::hash(folders::data().toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
-           QStringLiteral("/orvanetalk-") + QString::fromLatin1(folder);
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/orvanetalk-"_s +
+           QString::fromLatin1(folder);
 }
 
 } // namespace orvane

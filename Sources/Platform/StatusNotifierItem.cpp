@@ -5,6 +5,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -49,7 +51,7 @@ IconPixmaps StatusNotifierItem::icons() const {
 }
 
 TrayToolTip StatusNotifierItem::toolTip() const {
-    return {{}, {}, m_title, m_label.isEmpty() ? QString() : QStringLiteral("%1 unread").arg(m_count)};
+    return {{}, {}, m_title, m_label.isEmpty() ? QString() : u"%1 unread"_s.arg(m_count)};
 }
 
 } // namespace orvane

@@ -11,6 +11,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// One size of an icon on the bus: 32 bits a pixel, ARGB, the highest byte first.
 struct IconPixmap {
     int width = 0;
@@ -69,10 +71,10 @@ private:
     TrayToolTip toolTip() const;
 
     Draw m_draw;
-    QString m_category = QStringLiteral("Communications");
-    QString m_id = QStringLiteral("com.orvanetalk.OrvaneTalk");
-    QString m_title = QStringLiteral("OrvaneTalk");
-    QString m_status = QStringLiteral("Active");
+    QString m_category = u"Communications"_s;
+    QString m_id = u"com.orvanetalk.OrvaneTalk"_s;
+    QString m_title = u"OrvaneTalk"_s;
+    QString m_status = u"Active"_s;
     bool m_itemIsMenu = false;
     QDBusObjectPath m_menu;
     qint64 m_count = 0;

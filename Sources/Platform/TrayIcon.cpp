@@ -5,13 +5,15 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
-const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
-const auto menuPath = QStringLiteral("/MenuBar");
+const auto watcher = u"org.kde.StatusNotifierWatcher"_s;
+const auto watcherPath = u"/StatusNotifierWatcher"_s;
+const auto menuPath = u"/MenuBar"_s;
 
 QDBusMessage callWatcher(const QString &interface, const QString &method) {
     QDBusMessage call = QDBusMessage::createMethodCall(watcher, watcherPath, interface, method);
@@ -24,7 +26,7 @@ QDBusMessage callWatcher(const QString &interface, const QString &method) {
 TrayIcon::TrayIcon(StatusNotifierItem::Draw draw, const QDBusConnection &bus)
     : m_bus(bus)
     , m_item(std::move(draw), menuPath)
-    , m_menu({QStringLiteral("Open OrvaneTalk"), QStringLiteral("Quit")}) {
+    , m_menu({u"Open OrvaneTalk"_s, u"Quit"_s}) {
     connect(&m_item, &StatusNotifierItem::activated, this, &TrayIcon::activated);
     connect(&m_menu, &TrayMenu::chosen, this, [this](int index) {
         if (index == 0)
@@ -33,15 +35,13 @@ TrayIcon::TrayIcon(StatusNotifierItem::Draw draw, const QDBusConnection &bus)
             Q_EMIT quitChosen();
     });
     m_bus.registerObject(menuPath, &m_menu, QDBusConnection::ExportScriptableContents);
-    m_bus.registerObject(QStringLiteral("/StatusNotifierItem"), &m_item,
-                         QDBusConnection::ExportScriptableContents);
+    m_bus.registerObject(u"/StatusNotifierItem"_s, &m_item, QDBusConnection::ExportScriptableContents);
     followWatcher();
     registerItem();
 }
 
 void TrayIcon::followWatcher() {
-    for (const auto &signal :
-         {QStringLiteral("StatusNotifierHostRegistered"), QStringLiteral("StatusNotifierHostUnregistered")})
+    for (const auto &signal : {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s})
         m_bus.connect(watcher, watcherPath, watcher, signal, this, SLOT(lookForHost()));
     auto *owners = new QDBusServiceWatcher(watcher, m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(owners, &QDBusServiceWatcher::serviceOwnerChanged, this, &TrayIcon::registerItem);
@@ -51,7 +51,7 @@ void TrayIcon::registerItem() {
     m_registered = false;
     setHosted(false);
     // By the connection's own name: to get another one would mean to wait for the bus.
-    ask(callWatcher(watcher, QStringLiteral("RegisterStatusNotifierItem")) << m_bus.baseService(),
+    ask(callWatcher(watcher, u"RegisterStatusNotifierItem"_s) << m_bus.baseService(),
         [this](const QDBusMessage &answer) {
             m_registered = answer.type() == QDBusMessage::ReplyMessage;
             if (m_registered)
@@ -62,8 +62,8 @@ void TrayIcon::registerItem() {
 void TrayIcon::lookForHost() {
     if (!m_registered)
         return;
-    ask(callWatcher(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"))
-            << watcher << QStringLiteral("IsStatusNotifierHostRegistered"),
+    ask(callWatcher(u"org.freedesktop.DBus.Properties"_s, u"Get"_s)
+            << watcher << u"IsStatusNotifierHostRegistered"_s,
         [this](const QDBusMessage &answer) {
             const auto value = answer.arguments().value(0).value<QDBusVariant>().variant();
             setHosted(value.typeId() == QMetaType::Bool && value.toBool());

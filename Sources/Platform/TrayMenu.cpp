@@ -2,6 +2,8 @@
 
 #include <QDBusMetaType>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -19,8 +21,8 @@ TrayMenu::TrayMenu(const QStringList &labels)
 
 TrayMenuNode TrayMenu::node(int id) const {
     if (id == 0)
-        return {id, {{QStringLiteral("children-display"), QStringLiteral("submenu")}}, {}};
-    return {id, {{QStringLiteral("label"), m_labels.at(id - 1)}}, {}};
+        return {id, {{u"children-display"_s, u"submenu"_s}}, {}};
+    return {id, {{u"label"_s, m_labels.at(id - 1)}}, {}};
 }
 
 uint TrayMenu::GetLayout(int parent, int depth, const QStringList &, TrayMenuNode &layout) {
@@ -53,7 +55,7 @@ QDBusVariant TrayMenu::GetProperty(int id, const QString &name) {
 }
 
 void TrayMenu::Event(int id, const QString &event, const QDBusVariant &, uint) {
-    if (event == QLatin1String("clicked") && id >= 1 && id <= m_labels.size())
+    if (event == "clicked"_L1 && id >= 1 && id <= m_labels.size())
         Q_EMIT chosen(id - 1);
 }
 

@@ -11,6 +11,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// An entry with those below it, each a TrayMenuNode.
 struct TrayMenuNode {
     int id = 0;
@@ -56,7 +58,7 @@ private:
     TrayMenuNode node(int id) const;
 
     uint m_version = 2;
-    QString m_status = QStringLiteral("normal");
+    QString m_status = u"normal"_s;
     QStringList m_labels;
 };
 

@@ -5,18 +5,19 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
-const auto application = QStringLiteral("com.orvanetalk.OrvaneTalk");
-const auto tokenKey = QStringLiteral("push/connector_token");
-const auto distributorPrefix = QStringLiteral("org.unifiedpush.Distributor.");
+const auto application = u"com.orvanetalk.OrvaneTalk"_s;
+const auto tokenKey = u"push/connector_token"_s;
+const auto distributorPrefix = u"org.unifiedpush.Distributor."_s;
 
 QDBusMessage busCall(const QString &method) {
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                          QStringLiteral("/org/freedesktop/DBus"),
-                                          QStringLiteral("org.freedesktop.DBus"), method);
+    return QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                          u"org.freedesktop.DBus"_s, method);
 }
 
 } // namespace
@@ -27,10 +28,10 @@ UnifiedPush::UnifiedPush(const QDBusConnection &bus, std::unique_ptr<UserDefault
 
 void UnifiedPush::registerForRemoteNotifications() {
     if (!m_bus.isConnected()) {
-        Q_EMIT failed(QStringLiteral("There is no session bus."));
+        Q_EMIT failed(u"There is no session bus."_s);
         return;
     }
-    listNames(QStringLiteral("ListNames"), {});
+    listNames(u"ListNames"_s, {});
 }
 
 void UnifiedPush::listNames(const QString &method, QStringList found) {
@@ -39,13 +40,13 @@ void UnifiedPush::listNames(const QString &method, QStringList found) {
         const QDBusPendingReply<QStringList> reply = *answer;
         answer->deleteLater();
         QStringList distributors = found + reply.value().filter(distributorPrefix);
-        if (method == QLatin1String("ListNames")) {
-            listNames(QStringLiteral("ListActivatableNames"), distributors);
+        if (method == "ListNames"_L1) {
+            listNames(u"ListActivatableNames"_s, distributors);
             return;
         }
         distributors.sort();
         if (distributors.isEmpty())
-            Q_EMIT failed(QStringLiteral("No push distributor is installed."));
+            Q_EMIT failed(u"No push distributor is installed."_s);
         else
             registerAt(distributors.first());
     });
@@ -53,20 +54,19 @@ void UnifiedPush::listNames(const QString &method, QStringList found) {
 
 void UnifiedPush::registerAt(const QString &distributor) {
     // The distributor calls back under this name.
-    m_bus.registerObject(QStringLiteral("/org/unifiedpush/Connector"), this, QDBusConnection::ExportAllSlots);
+    m_bus.registerObject(u"/org/unifiedpush/Connector"_s, this, QDBusConnection::ExportAllSlots);
     m_bus.registerService(application);
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        distributor, QStringLiteral("/org/unifiedpush/Distributor"),
-        QStringLiteral("org.unifiedpush.Distributor1"), QStringLiteral("Register"));
-    call << application << connectorToken() << QStringLiteral("OrvaneTalk");
+    QDBusMessage call = QDBusMessage::createMethodCall(distributor, u"/org/unifiedpush/Distributor"_s,
+                                                       u"org.unifiedpush.Distributor1"_s, u"Register"_s);
+    call << application << connectorToken() << u"OrvaneTalk"_s;
     auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         const QDBusPendingReply<QString, QString> reply = *answer;
         answer->deleteLater();
         if (reply.isError())
-            Q_EMIT failed(QStringLiteral("The push distributor did not answer."));
-        else if (reply.argumentAt<0>() != QLatin1String("REGISTRATION_SUCCEEDED"))
-            Q_EMIT failed(QStringLiteral("The push distributor refused."));
+            Q_EMIT failed(u"The push distributor did not answer."_s);
+        else if (reply.argumentAt<0>() != "REGISTRATION_SUCCEEDED"_L1)
+            Q_EMIT failed(u"The push distributor refused."_s);
     });
 }
 
@@ -91,7 +91,7 @@ void UnifiedPush::Message(const QString &token, const QByteArray &message, const
 
 void UnifiedPush::Unregistered(const QString &token) {
     if (token == connectorToken())
-        Q_EMIT failed(QStringLiteral("The push distributor ended the registration."));
+        Q_EMIT failed(u"The push distributor ended the registration."_s);
 }
 
 } // namespace orvane

@@ -1,10 +1,11 @@
 #include "Platform/UserDefaults.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 UserDefaults::UserDefaults()
-    : m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("OrvaneTalk"),
-                 QStringLiteral("OrvaneTalk")) {}
+    : m_settings(QSettings::IniFormat, QSettings::UserScope, u"OrvaneTalk"_s, u"OrvaneTalk"_s) {}
 
 UserDefaults::UserDefaults(const QString &path)
     : m_settings(path, QSettings::IniFormat) {}

@@ -10,12 +10,14 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// The panel that offers stickers: the pack that is selected, or while something is searched for what is
 /// found in all packs. Main thread.
 class StickerPickerView : public QObject {
     Q_OBJECT
     QML_ELEMENT
-    OBSERVABLE(QString, selectedPack, QStringLiteral("smileys"))
+    OBSERVABLE(QString, selectedPack, u"smileys"_s)
     OBSERVABLE(QString, searchText)
     Q_PROPERTY(orvane::RecordListModel *packs READ packModel CONSTANT)
     /// What the grid shows, pack after pack.

@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QLocale>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -32,9 +34,9 @@ void ChatNotificationBridge::notify(const QString &chatID, const QString &chatNa
         return;
     QString time = QString::number(m_clock(), 'f', QLocale::FloatingPointShortest);
     if (!time.contains(u'.'))
-        time += QStringLiteral(".0");
-    m_notifications->add(QStringLiteral("msg_%1_%2").arg(chatID, time),
-                         {senderName, chatName, message, {{QStringLiteral("chat_id"), chatID}}});
+        time += u".0"_s;
+    m_notifications->add(u"msg_%1_%2"_s.arg(chatID, time),
+                         {senderName, chatName, message, {{u"chat_id"_s, chatID}}});
 }
 
 } // namespace orvane

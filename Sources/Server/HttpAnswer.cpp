@@ -5,6 +5,8 @@
 #include <QCoroNetworkReply>
 #include <QNetworkReply>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -84,13 +86,13 @@ bool isCutShort(const QNetworkReply &reply, int status, const QByteArray &body) 
 
 QString describe(const QNetworkReply &reply, const Intake &intake) {
     if (intake.isTooLarge())
-        return QStringLiteral("The answer is too large.");
+        return u"The answer is too large."_s;
     // Nothing else here aborts a request but its own time-out.
     if (reply.error() == QNetworkReply::OperationCanceledError)
-        return QStringLiteral("The request timed out.");
+        return u"The request timed out."_s;
     // The library has no words for a request that it may not repeat, nor for a body that was cut short.
     if (reply.error() == QNetworkReply::ContentReSendError || reply.error() == QNetworkReply::NoError)
-        return QStringLiteral("Connection closed");
+        return u"Connection closed"_s;
     return reply.errorString();
 }
 

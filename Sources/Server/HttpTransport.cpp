@@ -5,6 +5,8 @@
 #include "Server/HttpAnswer.h"
 #include "Server/MultipartBody.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -70,7 +72,7 @@ QNetworkRequest HttpTransport::request(const QString &path, Authorisation author
 
 QNetworkRequest HttpTransport::jsonRequest(const QString &path) const {
     QNetworkRequest prepared = request(path);
-    prepared.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    prepared.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
     return prepared;
 }
 

@@ -10,6 +10,8 @@
 
 #include <deque>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 using namespace std::chrono_literals;
@@ -114,9 +116,7 @@ MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, quint6
     , m_url(url)
     , m_timing(timing)
     , m_messageLimit(messageLimit) {
-    QObject::connect(&timer, &QTimer::timeout, this, [this] {
-        send({{QStringLiteral("type"), QStringLiteral("ping")}});
-    });
+    QObject::connect(&timer, &QTimer::timeout, this, [this] { send({{u"type"_s, u"ping"_s}}); });
     reconnectTimer.setSingleShot(true);
     QObject::connect(&reconnectTimer, &QTimer::timeout, this, &MessengerWebSocket::reconnect);
 }
@@ -142,7 +142,7 @@ void MessengerWebSocket::connect(const QString &token) {
     ws = new Connection(this);
     follow(*ws);
     // The first frame is the whole handshake: the token stands in no URL and no header.
-    send({{QStringLiteral("type"), QStringLiteral("auth")}, {QStringLiteral("token"), token}});
+    send({{u"type"_s, u"auth"_s}, {u"token"_s, token}});
     ws->socket.open(url);
     QTimer::singleShot(m_timing.handshakeTimeout, &ws->socket, [socket = &ws->socket] {
         if (socket->state() == QAbstractSocket::ConnectingState)
@@ -200,7 +200,7 @@ void MessengerWebSocket::scheduleReconnect() {
 void MessengerWebSocket::reconnect() {
     if (!currentToken)
         return;
-    logLine(QStringLiteral("🔌 Reconnecting WebSocket..."));
+    logLine(u"🔌 Reconnecting WebSocket..."_s);
     connect(*currentToken);
 }
 

@@ -14,10 +14,12 @@
 /// What the operations of MessengerAPI are written with. Pure.
 namespace orvane::operation {
 
+using namespace Qt::StringLiterals;
+
 /// "/api/messenger" and the tail, whose %1, %2… are replaced as given, in one pass.
 template <typename... Parts>
 QString messenger(QStringView tail, const Parts &...parts) {
-    QString path = QStringLiteral("/api/messenger");
+    QString path = u"/api/messenger"_s;
     if constexpr (sizeof...(parts) == 0)
         return path.append(tail);
     else

@@ -2,6 +2,8 @@
 
 #include "Platform/SecretStore.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -9,25 +11,25 @@ namespace {
 QString describe(KeychainError::Kind kind, qint32 status) {
     switch (status) {
     case SecretStatus::notAvailable:
-        return QStringLiteral("There is no keyring on this desktop.");
+        return u"There is no keyring on this desktop."_s;
     case SecretStatus::unanswered:
-        return QStringLiteral("The keyring is locked or does not answer.");
+        return u"The keyring is locked or does not answer."_s;
     case SecretStatus::damaged:
-        return QStringLiteral("The file that sign-ins are kept in can't be read.");
+        return u"The file that sign-ins are kept in can't be read."_s;
     case SecretStatus::notWritten:
-        return QStringLiteral("The file that sign-ins are kept in can't be written.");
+        return u"The file that sign-ins are kept in can't be written."_s;
     default:
         break;
     }
     switch (kind) {
     case KeychainError::Kind::saveFailed:
-        return QStringLiteral("The secret store did not save the item (status %1).").arg(status);
+        return u"The secret store did not save the item (status %1)."_s.arg(status);
     case KeychainError::Kind::loadFailed:
-        return QStringLiteral("The secret store did not give the item (status %1).").arg(status);
+        return u"The secret store did not give the item (status %1)."_s.arg(status);
     case KeychainError::Kind::deleteFailed:
         break;
     }
-    return QStringLiteral("The secret store did not delete the item (status %1).").arg(status);
+    return u"The secret store did not delete the item (status %1)."_s.arg(status);
 }
 
 } // namespace

@@ -4,6 +4,8 @@
 
 #include <QStringDecoder>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 MessengerKeychain::MessengerKeychain(std::unique_ptr<SecretStore> store)
@@ -17,7 +19,7 @@ std::optional<QString> MessengerKeychain::getToken() {
 }
 
 void MessengerKeychain::saveToken(const QString &token) {
-    save(token.toUtf8(), tokenAccount, QStringLiteral("OrvaneTalk JWT token"));
+    save(token.toUtf8(), tokenAccount, u"OrvaneTalk JWT token"_s);
     cachedToken = token;
 }
 
@@ -34,8 +36,8 @@ std::optional<QString> MessengerKeychain::getUsername() const {
 }
 
 void MessengerKeychain::saveUserInfo(const QString &username, qint64 userId) {
-    save(username.toUtf8(), usernameAccount, QStringLiteral("OrvaneTalk username"));
-    save(QByteArray::number(userId), userIdAccount, QStringLiteral("OrvaneTalk user ID"));
+    save(username.toUtf8(), usernameAccount, u"OrvaneTalk username"_s);
+    save(QByteArray::number(userId), userIdAccount, u"OrvaneTalk user ID"_s);
     cachedUsername = username;
     cachedUserId = userId;
 }

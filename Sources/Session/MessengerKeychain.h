@@ -11,16 +11,18 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// The signed-in user's token, name and id in the secret store, with a cache in memory. Every operation
 /// throws KeychainError with the store's status. Main thread.
 class MessengerKeychain {
 public:
     explicit MessengerKeychain(std::unique_ptr<SecretStore> store);
 
-    const QString service = QStringLiteral("com.orvanetalk.auth");
-    const QString tokenAccount = QStringLiteral("auth_token");
-    const QString usernameAccount = QStringLiteral("auth_username");
-    const QString userIdAccount = QStringLiteral("auth_user_id");
+    const QString service = u"com.orvanetalk.auth"_s;
+    const QString tokenAccount = u"auth_token"_s;
+    const QString usernameAccount = u"auth_username"_s;
+    const QString userIdAccount = u"auth_user_id"_s;
 
     /// Absent for a token that was never saved or is no UTF-8.
     std::optional<QString> getToken();

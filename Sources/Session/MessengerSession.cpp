@@ -4,13 +4,15 @@
 
 #include <QUuid>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
 
 QString newDeviceId() {
     const QString hex = QUuid::createUuid().toString(QUuid::WithoutBraces).remove(u'-');
-    return QStringLiteral("dev_") + hex.left(16).toLower();
+    return u"dev_"_s + hex.left(16).toLower();
 }
 
 } // namespace
@@ -39,9 +41,7 @@ MessengerSession &MessengerSession::shared() {
 }
 
 QMap<QString, QString> MessengerSession::devicePayload() const {
-    return {{QStringLiteral("device_id"), deviceId},
-            {QStringLiteral("device_name"), QStringLiteral("Mac")},
-            {QStringLiteral("platform"), QStringLiteral("macos")}};
+    return {{u"device_id"_s, deviceId}, {u"device_name"_s, u"Mac"_s}, {u"platform"_s, u"macos"_s}};
 }
 
 QString MessengerSession::userIdText() const {
@@ -50,12 +50,12 @@ QString MessengerSession::userIdText() const {
 
 void MessengerSession::adoptDeviceId(const QString &id) {
     deviceId = id;
-    defaults->set(QStringLiteral("ot_device_id"), id);
+    defaults->set(u"ot_device_id"_s, id);
 }
 
 void MessengerSession::adoptSyncCursor(qint64 cursor) {
     syncCursor = cursor;
-    defaults->set(QStringLiteral("ot_sync_cursor"), cursor);
+    defaults->set(u"ot_sync_cursor"_s, cursor);
 }
 
 void MessengerSession::logout() {
@@ -74,12 +74,12 @@ void MessengerSession::logout() {
 }
 
 void MessengerSession::restoreDevice() {
-    const QString stored = defaults->text(QStringLiteral("ot_device_id")).value_or(QString());
+    const QString stored = defaults->text(u"ot_device_id"_s).value_or(QString());
     if (stored.isEmpty())
         adoptDeviceId(newDeviceId());
     else
         deviceId = stored;
-    syncCursor = defaults->integer(QStringLiteral("ot_sync_cursor"));
+    syncCursor = defaults->integer(u"ot_sync_cursor"_s);
 }
 
 void MessengerSession::restoreUser() {
@@ -105,7 +105,7 @@ void MessengerSession::readUser() {
     currentUserId = storedUserId;
     currentUsername = storedUsername;
     isLoggedIn = true;
-    matrixId = defaults->text(QStringLiteral("ot_matrix_id"));
+    matrixId = defaults->text(u"ot_matrix_id"_s);
 }
 
 } // namespace orvane

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane::OrvaneTalkFeatureFlags {
 
 bool experimentalCrypto() {
@@ -17,8 +19,7 @@ bool nativeCalls() {
 
 bool enabled(const char *name) {
     const QString value = qEnvironmentVariable(name).trimmed().toLower();
-    return value == QLatin1String("1") || value == QLatin1String("true") || value == QLatin1String("yes") ||
-           value == QLatin1String("on");
+    return value == "1"_L1 || value == "true"_L1 || value == "yes"_L1 || value == "on"_L1;
 }
 
 } // namespace orvane::OrvaneTalkFeatureFlags

@@ -5,6 +5,8 @@
 #include <QSignalSpy>
 #include <QTcpServer>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -15,8 +17,8 @@ QByteArray success(const QByteArray &more = {}) {
 
 std::shared_ptr<AuthView> form(ClientParts &parts, int timeoutMs = AuthView::timeoutMs) {
     auto view = std::make_shared<AuthView>(parts.session, parts.api, parts.http.base(), timeoutMs);
-    view->username = QStringLiteral(" Anna ");
-    view->password = QStringLiteral("pass\"word");
+    view->username = u" Anna "_s;
+    view->password = u"pass\"word"_s;
     return view;
 }
 
@@ -59,7 +61,7 @@ void TestAuthView::theRequestIsExactlyTheForm_data() {
     QTest::addColumn<QStringList>("keys");
     const QStringList login{"device_id", "device_name", "password", "platform", "username"};
     QStringList named = login;
-    named.insert(2, QStringLiteral("display_name"));
+    named.insert(2, u"display_name"_s);
     QTest::newRow("login") << false << QString() << QByteArray("/api/auth/login") << login;
     QTest::newRow("login with a name left over") << false << "Anna" << QByteArray("/api/auth/login") << login;
     QTest::newRow("register") << true << "Anna" << QByteArray("/api/auth/register") << named;
@@ -74,7 +76,7 @@ void TestAuthView::theRequestIsExactlyTheForm() {
     QFETCH(QStringList, keys);
     ClientParts parts;
     // A token from before must not travel with a sign-in.
-    parts.session.token = QStringLiteral("old");
+    parts.session.token = u"old"_s;
     const auto view = form(parts);
     view->isRegistering = registering;
     view->displayName = displayName;
@@ -87,11 +89,11 @@ void TestAuthView::theRequestIsExactlyTheForm() {
     QVERIFY(!request.headers.contains("authorization"));
     const QJsonObject body = json::parseObject(request.body).value();
     QCOMPARE(body.keys(), keys);
-    QCOMPARE(json::text(body, u"username"), QStringLiteral(" Anna "));
-    QCOMPARE(json::text(body, u"password"), QStringLiteral("pass\"word"));
+    QCOMPARE(json::text(body, u"username"), u" Anna "_s);
+    QCOMPARE(json::text(body, u"password"), u"pass\"word"_s);
     QCOMPARE(json::text(body, u"device_id"), parts.session.deviceId.value());
-    QCOMPARE(json::text(body, u"device_name"), QStringLiteral("Mac"));
-    QCOMPARE(json::text(body, u"platform"), QStringLiteral("macos"));
+    QCOMPARE(json::text(body, u"device_name"), u"Mac"_s);
+    QCOMPARE(json::text(body, u"platform"), u"macos"_s);
 }
 
 void TestAuthView::anEmptyFieldSendsNothing_data() {
@@ -120,10 +122,10 @@ void TestAuthView::everyFailureHasItsWords_data() {
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QString>("words");
     const QByteArray badCredentials = R"({"error_code":"invalid_credentials"})";
-    const QString credentials = QStringLiteral("Неверный логин или пароль");
-    const QString unusable = QStringLiteral("Неверный ответ сервера");
-    const QString taken = QStringLiteral("Этот логин уже занят");
-    const auto code = [](int n) { return QStringLiteral("Не удалось выполнить вход (код %1)").arg(n); };
+    const QString credentials = u"Неверный логин или пароль"_s;
+    const QString unusable = u"Неверный ответ сервера"_s;
+    const QString taken = u"Этот логин уже занят"_s;
+    const auto code = [](int n) { return u"Не удалось выполнить вход (код %1)"_s.arg(n); };
 
     QTest::newRow("401 with code") << false << 401 << badCredentials << credentials;
     QTest::newRow("401 without body") << false << 401 << QByteArray() << code(401);
@@ -175,13 +177,13 @@ void TestAuthView::aServerThatIsNotThereIsANetworkError() {
     ClientParts parts;
     QTcpServer unused;
     QVERIFY(unused.listen(QHostAddress::LocalHost));
-    const QString base = QStringLiteral("http://127.0.0.1:%1").arg(unused.serverPort());
+    const QString base = u"http://127.0.0.1:%1"_s.arg(unused.serverPort());
     unused.close();
     const auto view = std::make_shared<AuthView>(parts.session, parts.api, base);
-    view->username = QStringLiteral("x");
-    view->password = QStringLiteral("x");
+    view->username = u"x"_s;
+    view->password = u"x"_s;
     submitAndWait(*view);
-    const QString start = QStringLiteral("Ошибка сети: ");
+    const QString start = u"Ошибка сети: "_s;
     QVERIFY(view->errorMessage.value().startsWith(start));
     QVERIFY(view->errorMessage.value().size() > start.size());
 }
@@ -194,7 +196,7 @@ void TestAuthView::silenceEndsInANetworkErrorAndTheFormCanBeSentAgain() {
     // While a request is under way a second press does nothing.
     view->submit();
     QTRY_VERIFY(!view->isLoading);
-    QVERIFY(view->errorMessage.value().startsWith(QStringLiteral("Ошибка сети: ")));
+    QVERIFY(view->errorMessage.value().startsWith(u"Ошибка сети: "_s));
     QCOMPARE(parts.http.requests().size(), 1);
     parts.http.answerNext(ScriptedAnswer::of(200, success()));
     submitAndWait(*view);
@@ -203,12 +205,12 @@ void TestAuthView::silenceEndsInANetworkErrorAndTheFormCanBeSentAgain() {
 
 void TestAuthView::anAddressThatIsNoUrlIsToldWithoutARequest() {
     ClientParts parts;
-    const auto view = std::make_shared<AuthView>(parts.session, parts.api, QStringLiteral("http://[broken"));
-    view->username = QStringLiteral("x");
-    view->password = QStringLiteral("x");
+    const auto view = std::make_shared<AuthView>(parts.session, parts.api, u"http://[broken"_s);
+    view->username = u"x"_s;
+    view->password = u"x"_s;
     view->submit();
     QVERIFY(!view->isLoading);
-    QCOMPARE(view->errorMessage.value(), QStringLiteral("Неверный URL сервера"));
+    QCOMPARE(view->errorMessage.value(), u"Неверный URL сервера"_s);
 }
 
 void TestAuthView::aSuccessSignsInAndRegistersTheDevice() {
@@ -220,21 +222,21 @@ void TestAuthView::aSuccessSignsInAndRegistersTheDevice() {
     submitAndWait(*view);
     QVERIFY(view->errorMessage.value().isEmpty());
     QVERIFY(parts.session.isLoggedIn);
-    QCOMPARE(parts.session.token, QStringLiteral("tok"));
+    QCOMPARE(parts.session.token, u"tok"_s);
     QCOMPARE(parts.session.currentUserId.value(), 12);
-    QCOMPARE(parts.session.currentUsername.value(), QStringLiteral("anna"));
-    QCOMPARE(parts.session.currentDisplayName.value(), QStringLiteral("Anna"));
+    QCOMPARE(parts.session.currentUsername.value(), u"anna"_s);
+    QCOMPARE(parts.session.currentDisplayName.value(), u"Anna"_s);
     QCOMPARE(parts.session.syncCursor.value(), 0);
     QCOMPARE(parts.session.maxDevices.value(), 9);
-    QCOMPARE(parts.session.deviceId.value(), QStringLiteral("d9"));
-    QCOMPARE(parts.secrets->items.value(QStringLiteral("auth_user_id")), QByteArray("12"));
+    QCOMPARE(parts.session.deviceId.value(), u"d9"_s);
+    QCOMPARE(parts.secrets->items.value(u"auth_user_id"_s), QByteArray("12"));
     QTRY_COMPARE(parts.requestsTo("/api/messenger/devices/register"), 1);
     QCOMPARE(parts.http.lastRequest().headers.value("authorization"), QByteArray("Bearer tok"));
 
     // What a restart would find.
-    const UserDefaults defaults(parts.folder.filePath(QStringLiteral("defaults.ini")));
-    QCOMPARE(defaults.text(QStringLiteral("ot_device_id")), QStringLiteral("d9"));
-    QCOMPARE(defaults.integer(QStringLiteral("ot_sync_cursor")), 0);
+    const UserDefaults defaults(parts.folder.filePath(u"defaults.ini"_s));
+    QCOMPARE(defaults.text(u"ot_device_id"_s), u"d9"_s);
+    QCOMPARE(defaults.integer(u"ot_sync_cursor"_s), 0);
 }
 
 void TestAuthView::optionalKeysAreTakenOnlyInTheirType_data() {
@@ -255,7 +257,7 @@ void TestAuthView::optionalKeysAreTakenOnlyInTheirType() {
     parts.http.answerNext(ScriptedAnswer::of(200, body));
     submitAndWait(*view);
     QVERIFY(parts.session.isLoggedIn);
-    QCOMPARE(parts.session.currentDisplayName.value(), QStringLiteral("anna"));
+    QCOMPARE(parts.session.currentDisplayName.value(), u"anna"_s);
     QCOMPARE(parts.session.syncCursor.value(), 55);
     QCOMPARE(parts.session.maxDevices.value(), 4);
     QCOMPARE(parts.session.deviceId.value(), device);
@@ -280,7 +282,7 @@ void TestAuthView::aStoreThatRefusesLeavesTheUserSignedOut() {
     submitAndWait(*view);
     QVERIFY(!parts.session.isLoggedIn);
     QVERIFY(!parts.session.token);
-    QVERIFY(view->errorMessage.value().startsWith(QStringLiteral("Ошибка сохранения: ")));
+    QVERIFY(view->errorMessage.value().startsWith(u"Ошибка сохранения: "_s));
     QVERIFY(view->errorMessage.value().contains(QString::number(parts.secrets->failure)));
     QVERIFY(!view->offersFile);
     QCOMPARE(parts.secrets->items.keys(), leftInStore);
@@ -303,7 +305,7 @@ void TestAuthView::keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice() {
         parts.http.answerNext(ScriptedAnswer::of(200, success()));
         parts.secrets->failingCall = parts.secrets->calls.size() + 1;
         submitAndWait(*view);
-        QCOMPARE(view->errorMessage.value(), QStringLiteral("Ошибка сохранения: ") + words);
+        QCOMPARE(view->errorMessage.value(), u"Ошибка сохранения: "_s + words);
         QVERIFY(view->offersFile);
         QVERIFY(!parts.secrets->mayUseFile);
     }
@@ -320,21 +322,20 @@ void TestAuthView::keyringThatOpensMeanwhileWins() {
     parts.http.answerNext(ScriptedAnswer::of(200, success()).heldBack());
     view->submit();
     QTRY_COMPARE(parts.http.requests().size(), 1);
-    parts.secrets->items = {{QStringLiteral("auth_token"), "stored"},
-                            {QStringLiteral("auth_username"), "boris"},
-                            {QStringLiteral("auth_user_id"), "9"}};
+    parts.secrets->items = {
+        {u"auth_token"_s, "stored"}, {u"auth_username"_s, "boris"}, {u"auth_user_id"_s, "9"}};
     Q_EMIT parts.session.keychain.store().opened();
     parts.http.release();
     QTRY_VERIFY(!view->isLoading);
-    QCOMPARE(parts.session.token, QStringLiteral("stored"));
+    QCOMPARE(parts.session.token, u"stored"_s);
     QCOMPARE(parts.session.currentUserId.value(), 9);
-    QCOMPARE(parts.secrets->items.value(QStringLiteral("auth_token")), "stored");
+    QCOMPARE(parts.secrets->items.value(u"auth_token"_s), "stored");
 }
 
 void TestAuthView::flippingTheModeClearsTheError() {
     ClientParts parts;
     const auto view = form(parts);
-    view->errorMessage = QStringLiteral("x");
+    view->errorMessage = u"x"_s;
     view->switchMode();
     QVERIFY(view->isRegistering);
     QVERIFY(view->errorMessage.value().isEmpty());

@@ -3,6 +3,8 @@
 #include "Support/ScriptedHttpServer.h"
 #include "Support/TestMain.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 /// The program's own root over the program's own session, without its window.
@@ -28,8 +30,8 @@ void TestRootSwitch::theFirstSyncAfterASignInBeginsWhereTheAnswerSays() {
     http.answerFor(
         "/api/auth/login",
         ScriptedAnswer::of(200, R"({"token":"t","user":{"id":7,"username":"anna"},"sync_cursor":41})"));
-    app.auth()->username = QStringLiteral("anna");
-    app.auth()->password = QStringLiteral("p");
+    app.auth()->username = u"anna"_s;
+    app.auth()->password = u"p"_s;
     app.auth()->submit();
     const auto syncs = [&http] {
         QList<QByteArray> found;

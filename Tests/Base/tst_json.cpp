@@ -4,6 +4,8 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -62,10 +64,9 @@ void TestJson::readersTakeOnlyTheirOwnType_data() {
     number("-9223372036854775808", Limits::min(), -9223372036854775808.0);
     QTest::newRow("true") << QByteArray("true") << no << no << no << QVariant(true);
     QTest::newRow("false") << QByteArray("false") << no << no << no << QVariant(false);
-    QTest::newRow("text of digits") << QByteArray("\"1\"") << QVariant(QStringLiteral("1")) << no << no << no;
-    QTest::newRow("text of a word") << QByteArray("\"true\"") << QVariant(QStringLiteral("true")) << no << no
-                                    << no;
-    QTest::newRow("empty text") << QByteArray("\"\"") << QVariant(QStringLiteral("")) << no << no << no;
+    QTest::newRow("text of digits") << QByteArray("\"1\"") << QVariant(u"1"_s) << no << no << no;
+    QTest::newRow("text of a word") << QByteArray("\"true\"") << QVariant(u"true"_s) << no << no << no;
+    QTest::newRow("empty text") << QByteArray("\"\"") << QVariant(u""_s) << no << no << no;
     QTest::newRow("null") << QByteArray("null") << no << no << no << no;
     QTest::newRow("list") << QByteArray("[1]") << no << no << no << no;
     QTest::newRow("object") << QByteArray("{\"k\":1}") << no << no << no << no;
@@ -83,7 +84,7 @@ void TestJson::readersTakeOnlyTheirOwnType() {
 }
 
 void TestJson::missingKeysAreAbsent() {
-    const QJsonObject object{{QStringLiteral("K"), 1}};
+    const QJsonObject object{{u"K"_s, 1}};
     QVERIFY(!json::text(object, u"k"));
     QVERIFY(!json::integer(object, u"k"));
     QVERIFY(!json::number(object, u"k"));
@@ -120,7 +121,7 @@ void TestJson::anyValueMayStandAtTheTop_data() {
     QTest::newRow("true") << QByteArray(" true\n") << QJsonValue(true);
     QTest::newRow("integer") << QByteArray("9223372036854775807")
                              << QJsonValue(std::numeric_limits<qint64>::max());
-    QTest::newRow("text") << QByteArray("\"] , [\"") << QJsonValue(QStringLiteral("] , ["));
+    QTest::newRow("text") << QByteArray("\"] , [\"") << QJsonValue(u"] , ["_s);
     QTest::newRow("list") << QByteArray("[1,2]") << QJsonValue(QJsonArray{1, 2});
     QTest::newRow("object") << QByteArray("\t{ } ") << QJsonValue(QJsonObject());
 }
@@ -153,16 +154,16 @@ void TestJson::listsOfOneTypeAreTakenAsAWhole() {
 
 void TestJson::textSurvivesWritingAndReading_data() {
     QTest::addColumn<QString>("text");
-    QTest::newRow("quotes and backslashes") << QStringLiteral("\"\\\\\"/");
-    QTest::newRow("control characters") << QStringLiteral("\u0001\b\t\n\u001f\u007f");
-    QTest::newRow("a character of nothing") << QString(QChar(u'\0')) + QStringLiteral("after");
-    QTest::newRow("beyond the first plane") << QStringLiteral("👩‍👩‍👧 𝕏");
-    QTest::newRow("line separators") << QStringLiteral("a\u2028b\u2029c");
+    QTest::newRow("quotes and backslashes") << u"\"\\\\\"/"_s;
+    QTest::newRow("control characters") << u"\u0001\b\t\n\u001f\u007f"_s;
+    QTest::newRow("a character of nothing") << QString(QChar(u'\0')) + u"after"_s;
+    QTest::newRow("beyond the first plane") << u"👩‍👩‍👧 𝕏"_s;
+    QTest::newRow("line separators") << u"a\u2028b\u2029c"_s;
 }
 
 void TestJson::textSurvivesWritingAndReading() {
     QFETCH(QString, text);
-    const QByteArray bytes = json::compact({{QStringLiteral("k"), text}});
+    const QByteArray bytes = json::compact({{u"k"_s, text}});
     QVERIFY(!bytes.contains('\n'));
     QCOMPARE(json::text(json::parseObject(bytes).value(), u"k"), text);
 }

@@ -5,6 +5,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -19,7 +21,7 @@ struct Row {
 /// "a1 b2" as rows with the ids a and b.
 QList<Row> rows(const QString &text) {
     QList<Row> result;
-    const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QStringList parts = text.split(u' ', Qt::SkipEmptyParts);
     for (const QString &part : parts)
         result.append({part.left(1), part.mid(1).toInt()});
     return result;
@@ -40,16 +42,15 @@ public:
         connect(
             &list, &RecordListModel::dataChanged, this,
             [this](const QModelIndex &from, const QModelIndex &to) { note("change", from.row(), to.row()); });
-        connect(&list, &RecordListModel::modelReset, this, [this] { lines.append(QStringLiteral("reset")); });
-        connect(&list, &RecordListModel::countChanged, this,
-                [this] { lines.append(QStringLiteral("count")); });
+        connect(&list, &RecordListModel::modelReset, this, [this] { lines.append(u"reset"_s); });
+        connect(&list, &RecordListModel::countChanged, this, [this] { lines.append(u"count"_s); });
     }
 
     QStringList lines;
 
 private:
     void note(const char *what, int from, int to) {
-        lines.append(QStringLiteral("%1 %2-%3").arg(QLatin1String(what)).arg(from).arg(to));
+        lines.append(u"%1 %2-%3"_s.arg(QLatin1StringView(what)).arg(from).arg(to));
     }
 };
 
@@ -78,20 +79,17 @@ void TestRecordList::assignTellsOnlyWhatChanged_data() {
     };
     row("nothing", "", "", {});
     row("the same", "a1 b1", "a1 b1", {});
-    row("one row differs", "a1 b1 c1", "a1 b2 c1", {QStringLiteral("change 1-1")});
-    row("first fill", "", "a1 b1", {QStringLiteral("insert 0-1"), QStringLiteral("count")});
-    row("emptied", "a1 b1", "", {QStringLiteral("remove 0-1"), QStringLiteral("count")});
-    row("appended", "a1 b1", "a1 b1 c1", {QStringLiteral("insert 2-2"), QStringLiteral("count")});
-    row("put in front", "b1 c1", "a1 b1 c1", {QStringLiteral("insert 0-0"), QStringLiteral("count")});
-    row("put in between", "a1 c1", "a1 b1 c1", {QStringLiteral("insert 1-1"), QStringLiteral("count")});
-    row("taken from the middle", "a1 b1 c1", "a1 c1",
-        {QStringLiteral("remove 1-1"), QStringLiteral("count")});
-    row("middle exchanged", "a1 b1 c1", "a1 x1 c1",
-        {QStringLiteral("remove 1-1"), QStringLiteral("insert 1-1")});
+    row("one row differs", "a1 b1 c1", "a1 b2 c1", {u"change 1-1"_s});
+    row("first fill", "", "a1 b1", {u"insert 0-1"_s, u"count"_s});
+    row("emptied", "a1 b1", "", {u"remove 0-1"_s, u"count"_s});
+    row("appended", "a1 b1", "a1 b1 c1", {u"insert 2-2"_s, u"count"_s});
+    row("put in front", "b1 c1", "a1 b1 c1", {u"insert 0-0"_s, u"count"_s});
+    row("put in between", "a1 c1", "a1 b1 c1", {u"insert 1-1"_s, u"count"_s});
+    row("taken from the middle", "a1 b1 c1", "a1 c1", {u"remove 1-1"_s, u"count"_s});
+    row("middle exchanged", "a1 b1 c1", "a1 x1 c1", {u"remove 1-1"_s, u"insert 1-1"_s});
     row("ends differ, middle longer", "a1 b1 z1", "a2 x1 y1 z2",
-        {QStringLiteral("remove 1-1"), QStringLiteral("insert 1-2"), QStringLiteral("change 0-0"),
-         QStringLiteral("change 3-3"), QStringLiteral("count")});
-    row("one id many times", "a1 a1 a1", "a1 a1", {QStringLiteral("remove 2-2"), QStringLiteral("count")});
+        {u"remove 1-1"_s, u"insert 1-2"_s, u"change 0-0"_s, u"change 3-3"_s, u"count"_s});
+    row("one id many times", "a1 a1 a1", "a1 a1", {u"remove 2-2"_s, u"count"_s});
 }
 
 void TestRecordList::assignTellsOnlyWhatChanged() {
@@ -159,25 +157,25 @@ void TestRecordList::followsAPlainListThroughRandomOperations() {
         QCOMPARE(list.records(), plain);
         QCOMPARE(list.count(), int(plain.size()));
     }
-    QVERIFY(!told.lines.contains(QStringLiteral("reset")));
+    QVERIFY(!told.lines.contains(u"reset"_s));
 }
 
 void TestRecordList::takesRecordsThatStandInTheListItself() {
     RecordList<Row> list;
-    list.assign(rows(QStringLiteral("a1 b2")));
+    list.assign(rows(u"a1 b2"_s));
     list.append(list.at(0));
     list.insert(0, list.at(1));
     list.replace(1, list.at(2));
     list.assign(list.records());
-    QCOMPARE(list.records(), rows(QStringLiteral("b2 b2 b2 a1")));
-    QCOMPARE(list.rowOf(QStringLiteral("a")), 3);
-    QCOMPARE(list.rowOf(QStringLiteral("b")), 0);
-    QCOMPARE(list.rowOf(QStringLiteral("c")), -1);
+    QCOMPARE(list.records(), rows(u"b2 b2 b2 a1"_s));
+    QCOMPARE(list.rowOf(u"a"_s), 3);
+    QCOMPARE(list.rowOf(u"b"_s), 0);
+    QCOMPARE(list.rowOf(u"c"_s), -1);
 }
 
 void TestRecordList::answersNothingForForeignIndexesAndRoles() {
     RecordList<Row> list;
-    list.assign(rows(QStringLiteral("a1")));
+    list.assign(rows(u"a1"_s));
     QCOMPARE(list.data(list.index(0), RecordListModel::RecordRole).value<Row>().value, 1);
     QVERIFY(!list.data(list.index(0), Qt::DisplayRole).isValid());
     QCOMPARE(list.rowCount(list.index(0)), 0);

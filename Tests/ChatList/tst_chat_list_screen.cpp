@@ -6,13 +6,15 @@
 #include <QRegularExpression>
 #include <QStyleHints>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
 const QString endless(10'000, u'W');
-const QString german = QStringLiteral("Donaudampfschifffahrtsgesellschaftskapitänsmützenverwaltung");
-const QString arabic = QStringLiteral("فريق التصميم والهندسة في المدينة الجديدة");
+const QString german = u"Donaudampfschifffahrtsgesellschaftskapitänsmützenverwaltung"_s;
+const QString arabic = u"فريق التصميم والهندسة في المدينة الجديدة"_s;
 
 QJsonObject chatOf(const QString &id, const QString &title, const QString &last, int unread = 0,
                    const char *type = "group") {
@@ -40,7 +42,7 @@ struct Window : OpenChatParts {
         signIn();
         const auto answer = [this](const char *path, const char *key, const QJsonArray &records) {
             http.answerFor(QByteArray("/api/messenger/") + path,
-                           ScriptedAnswer::of(200, json::compact({{QLatin1String(key), records}})));
+                           ScriptedAnswer::of(200, json::compact({{QLatin1StringView(key), records}})));
         };
         QJsonObject federated = chatOf("6", "Lobby", "hi");
         federated.insert("federated", true);
@@ -65,7 +67,7 @@ struct Window : OpenChatParts {
                {QJsonObject{{"id", "f"}, {"name", "Arbeit"}, {"icon", "📁"}, {"chat_ids", QJsonArray{"1"}}},
                 QJsonObject{{"id", "g"}, {"name", endless}, {"icon", "📁"}, {"chat_ids", QJsonArray()}}});
         QJsonArray starred;
-        for (const QString &text : {QStringLiteral("Short."), endless, arabic})
+        for (const QString &text : {u"Short."_s, endless, arabic})
             starred.append(QJsonObject{{"id", text.left(3)},
                                        {"chat_id", "1"},
                                        {"sender_id", "9"},
@@ -77,7 +79,7 @@ struct Window : OpenChatParts {
         list = std::make_shared<MessengerChatListView>(MessengerChatListView::Parts{
             chatParts(), session, [this]() -> ContactImporter & { return importer; }});
         view.resize(900, 700);
-        view.open(QStringLiteral("qrc:/OrvaneTalk/ChatList/ChatListScreen.qml"),
+        view.open(u"qrc:/OrvaneTalk/ChatList/ChatListScreen.qml"_s,
                   {{"screen", QVariant::fromValue(list.get())}, {"focus", true}});
     }
 
@@ -139,7 +141,7 @@ void TestChatListScreen::everyScreenIsDrawnInEveryTheme() {
     QFETCH(int, theme);
     QFETCH(QSize, size);
     // The toolkit says so of rows it has begun to make ahead when a filter takes them away; it means no harm.
-    QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!DelegateModel::cancel)")));
+    QTest::failOnWarning(QRegularExpression(u"^(?!DelegateModel::cancel)"_s));
     Window window;
     ScreenWindow &view = window.view;
     MessengerChatListView &list = *window.list;
@@ -159,16 +161,16 @@ void TestChatListScreen::everyScreenIsDrawnInEveryTheme() {
         return misplaced();
     };
     QTRY_VERIFY(view.item("title", "Starred Messages") && window.rowOf("4"));
-    list.togglePinned(QStringLiteral("4"));
+    list.togglePinned(u"4"_s);
     // Whatever came later, the list shows its beginning.
     QVERIFY(view.item("title", "Orvane AI")->mapToScene(QPointF()).y() > 100);
     QCOMPARE(drawn("list"), QStringList());
-    list.selectedChatID = QStringLiteral("1");
+    list.selectedChatID = u"1"_s;
     QTRY_VERIFY(view.item("placeholderText", "Message..."));
     QCOMPARE(drawn("chat"), QStringList());
     list.newGroup()->showNewGroup = true;
     QTRY_VERIFY(view.showsAnywhere("placeholderText", "Group name"));
-    list.newGroup()->toggleParticipant(QStringLiteral("10"));
+    list.newGroup()->toggleParticipant(u"10"_s);
     QCOMPARE(drawn("group"), QStringList());
     list.newGroup()->showNewGroup = false;
     list.channels()->showNewChannel = true;
@@ -195,7 +197,7 @@ void TestChatListScreen::everyScreenIsDrawnInEveryTheme() {
     QTRY_VERIFY(view.showsAnywhere("text", "wants to connect"));
     QCOMPARE(drawn("requests"), QStringList());
     list.showContacts = false;
-    list.searchText = QStringLiteral("ko");
+    list.searchText = u"ko"_s;
     QTRY_VERIFY(view.item("text", "Search results"));
     QVERIFY(view.item("title", "Orvane AI")->mapToScene(QPointF()).y() > 100);
     QCOMPARE(drawn("search"), QStringList());
@@ -206,7 +208,7 @@ void TestChatListScreen::theMenuIsTheRowsOwn() {
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.rowOf("5"));
     const auto menuOf = [&window](const char *id) {
-        window.rowOf(QLatin1String(id))->forceActiveFocus();
+        window.rowOf(QLatin1StringView(id))->forceActiveFocus();
         QTest::keyClick(&window.view, Qt::Key_F10, Qt::ShiftModifier);
     };
     menuOf("5");
@@ -233,7 +235,7 @@ void TestChatListScreen::aReusedRowIsThatOfItsChat() {
     Window window;
     QJsonArray many;
     for (int number = 0; number < 300; ++number)
-        many.append(chatOf(QString::number(number), QStringLiteral("Chat %1").arg(number), "hi", number % 3,
+        many.append(chatOf(QString::number(number), u"Chat %1"_s.arg(number), "hi", number % 3,
                            number % 2 ? "direct" : "group"));
     window.http.answerFor("/api/messenger/chats", ScriptedAnswer::of(200, json::compact({{"chats", many}})));
     window.list->loadData();
@@ -244,7 +246,7 @@ void TestChatListScreen::aReusedRowIsThatOfItsChat() {
         QMetaObject::invokeMethod(list, "positionViewAtIndex", Q_ARG(int, top), Q_ARG(int, 0));
         QTRY_VERIFY(window.rowOf(QString::number(top)));
         QQuickItem *row = window.rowOf(QString::number(top));
-        QVERIFY(findItem(row, "text", QStringLiteral("Chat %1").arg(top)));
+        QVERIFY(findItem(row, "text", u"Chat %1"_s.arg(top)));
         QCOMPARE(findItem(row, "text", "C") != nullptr, top % 2 == 1);
         QCOMPARE(findItem(row, "name", "person.3.fill") != nullptr, top % 2 == 0);
         QCOMPARE(findItem(row, "count", top % 3) != nullptr, top % 3 > 0);
@@ -307,7 +309,7 @@ void TestChatListScreen::theMenuOpensWhereverTheFocusIsInTheList() {
     QQuickItem *list = window.view.item("count", window.list->chats.count());
     for (const char *search : {"", "Be", ""}) {
         list->forceActiveFocus(Qt::TabFocusReason);
-        window.list->searchText = QLatin1String(search);
+        window.list->searchText = QLatin1StringView(search);
         QTRY_COMPARE(list->property("count").toInt(), *search ? 1 : 11);
         QTRY_VERIFY(window.view.activeFocusItem() != list);
         window.view.press(key, Qt::KeyboardModifiers(modifier));
@@ -385,13 +387,13 @@ void TestChatListScreen::aPlaceWithoutChatsSaysWhy() {
     list.folders()->activeFolderId = "";
     QTRY_VERIFY(window.rowOf("1") && !shows("No chats in this folder yet"));
     // Fewer than two characters ask nobody.
-    list.searchText = QStringLiteral("ъ");
+    list.searchText = u"ъ"_s;
     QTRY_VERIFY(shows("Nothing found"));
     const QByteArray nowhere = "/api/messenger/search/global";
     window.http.answerFor(nowhere, ScriptedAnswer::of(200, json::compact({{"messages", QJsonArray()}})));
-    list.searchText = QStringLiteral("xyzzy");
+    list.searchText = u"xyzzy"_s;
     QVERIFY(list.search()->isSearchingMessages && list.chats.count() == 0 && !shows("Nothing found"));
-    list.searchText = QStringLiteral("xyzzyx");
+    list.searchText = u"xyzzyx"_s;
     bool tooSoon = false;
     connect(list.search(), &MessageSearch::searchesRunningChanged, this,
             [&] { tooSoon |= list.search()->searchesRunning > 0 && shows("Nothing found"); });
@@ -401,7 +403,7 @@ void TestChatListScreen::aPlaceWithoutChatsSaysWhy() {
     list.searchText = QString();
     QTRY_VERIFY(!shows("Nothing found"));
     for (const char *id : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"})
-        list.deleteChat(QLatin1String(id));
+        list.deleteChat(QLatin1StringView(id));
     QTRY_VERIFY(shows("No chats yet"));
 }
 

@@ -5,6 +5,8 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -48,16 +50,15 @@ struct Screen : OpenChatParts {
     }
 
     QVariant shown(const char *id, ChatRows::Role role) const {
-        return list->chats.index(list->chats.rowOf(QLatin1String(id))).data(role);
+        return list->chats.index(list->chats.rowOf(QLatin1StringView(id))).data(role);
     }
 
-    MessengerChat chat(const char *id) const { return *list->chats.find(QLatin1String(id)); }
+    MessengerChat chat(const char *id) const { return *list->chats.find(QLatin1StringView(id)); }
 
     void message(const char *chatID, const char *text = "hello") {
         arrive(
-            QStringLiteral(
-                R"({"type":"messenger_message","chat_id":"%1","message":{"id":"m","sender_id":"9","content":"%2"}})")
-                .arg(QLatin1String(chatID), QLatin1String(text))
+            uR"({"type":"messenger_message","chat_id":"%1","message":{"id":"m","sender_id":"9","content":"%2"}})"_s
+                .arg(QLatin1StringView(chatID), QLatin1StringView(text))
                 .toUtf8());
     }
 };
@@ -87,16 +88,16 @@ private Q_SLOTS:
 void TestChatListView::startingUpDoesEachThingOnce() {
     Screen screen;
     screen.load();
-    QTRY_COMPARE(screen.session.matrixId.value(), QStringLiteral("@anna:home"));
+    QTRY_COMPARE(screen.session.matrixId.value(), u"@anna:home"_s);
     QCOMPARE(screen.session.syncCursor.value(), 41);
     QCOMPARE(screen.ids(), (QStringList{"new", "mid", "old"}));
     QCOMPARE(screen.requestsTo("/api/messenger/devices/register"), 1);
     QCOMPARE(screen.requestsTo("/api/messenger/sync?since=0"), 1);
     QCOMPARE(screen.requestsTo("/api/messenger/contacts?user_id=7"), 1);
     QCOMPARE(screen.requestsTo("/api/messenger/chats"), 1);
-    QTRY_COMPARE(screen.events.frames(0).value(0), QStringLiteral(R"({"token":"tok","type":"auth"})"));
-    const UserDefaults defaults(screen.folder.filePath(QStringLiteral("defaults.ini")));
-    QCOMPARE(defaults.integer(QStringLiteral("ot_sync_cursor")), 41);
+    QTRY_COMPARE(screen.events.frames(0).value(0), uR"({"token":"tok","type":"auth"})"_s);
+    const UserDefaults defaults(screen.folder.filePath(u"defaults.ini"_s));
+    QCOMPARE(defaults.integer(u"ot_sync_cursor"_s), 41);
 }
 
 void TestChatListView::cursorAndIdentityAreTakenOnlyInTheirType_data() {
@@ -136,13 +137,13 @@ void TestChatListView::contactsAreReadKeyByKey() {
     screen.load();
     const Contacts &contacts = screen.list->contacts;
     QCOMPARE(contacts.size(), 5);
-    QCOMPARE(contacts.value(QStringLiteral("7")).displayName, QStringLiteral("Alex"));
-    QVERIFY(contacts.value(QStringLiteral("ai_orvanetalk")).isAI);
-    QCOMPARE(contacts.value(QStringLiteral("1")).displayName, QStringLiteral("only_name"));
-    QCOMPARE(contacts.value(QStringLiteral("2")).displayName, QStringLiteral("u2"));
-    QCOMPARE(contacts.value(QStringLiteral("2")).status, UserStatus::offline);
-    QCOMPARE(contacts.value(QStringLiteral("3")).displayName, QString());
-    QCOMPARE(contacts.value(QStringLiteral("3")).status, UserStatus::online);
+    QCOMPARE(contacts.value(u"7"_s).displayName, u"Alex"_s);
+    QVERIFY(contacts.value(u"ai_orvanetalk"_s).isAI);
+    QCOMPARE(contacts.value(u"1"_s).displayName, u"only_name"_s);
+    QCOMPARE(contacts.value(u"2"_s).displayName, u"u2"_s);
+    QCOMPARE(contacts.value(u"2"_s).status, UserStatus::offline);
+    QCOMPARE(contacts.value(u"3"_s).displayName, QString());
+    QCOMPARE(contacts.value(u"3"_s).status, UserStatus::online);
 }
 
 void TestChatListView::withoutChatsTheSamplesStandIn_data() {
@@ -162,7 +163,7 @@ void TestChatListView::withoutChatsTheSamplesStandIn() {
     QCOMPARE(screen.ids(), (QStringList{"c3", "c1", "c2", "c4"}));
     // People of the samples whom nobody knows are left out.
     QCOMPARE(screen.chat("c3").participants, QStringList{"ai_orvanetalk"});
-    QCOMPARE(screen.list->chats.displayName(screen.chat("c3")), QStringLiteral("Orvane AI"));
+    QCOMPARE(screen.list->chats.displayName(screen.chat("c3")), u"Orvane AI"_s);
 }
 
 void TestChatListView::aMessageMovesItsChatUpAndCounts() {
@@ -174,7 +175,7 @@ void TestChatListView::aMessageMovesItsChatUpAndCounts() {
     screen.message("old");
     QCOMPARE(screen.ids(), (QStringList{"old", "new", "mid"}));
     QCOMPARE(screen.chat("old").unreadCount, 1);
-    QCOMPARE(screen.chat("old").lastMessage->content, QStringLiteral("hello"));
+    QCOMPARE(screen.chat("old").lastMessage->content, u"hello"_s);
     screen.message("old");
     QCOMPARE(screen.chat("old").unreadCount, 2);
     QCOMPARE(moves.size(), 1);
@@ -184,11 +185,11 @@ void TestChatListView::aMessageMovesItsChatUpAndCounts() {
 void TestChatListView::theOpenChatIsNotCounted() {
     Screen screen;
     screen.load();
-    screen.list->selectedChatID = QStringLiteral("new");
+    screen.list->selectedChatID = u"new"_s;
     screen.message("new");
     // Opening does not reset what was counted before.
     QCOMPARE(screen.chat("new").unreadCount, 3);
-    QCOMPARE(screen.chat("new").lastMessage->content, QStringLiteral("hello"));
+    QCOMPARE(screen.chat("new").lastMessage->content, u"hello"_s);
 }
 
 void TestChatListView::badEventsChangeNothing_data() {
@@ -240,17 +241,17 @@ void TestChatListView::presenceFollowsTheEvents() {
 void TestChatListView::selectingOpensOneChatScreenAtATime() {
     Screen screen;
     // Selected before the list is there, as a notification may do.
-    screen.list->selectedChatID = QStringLiteral("mid");
+    screen.list->selectedChatID = u"mid"_s;
     QVERIFY(!screen.list->openChat());
     screen.load();
     QVERIFY(screen.list->openChat());
-    QCOMPARE(screen.list->openChat()->chat.id, QStringLiteral("mid"));
+    QCOMPARE(screen.list->openChat()->chat.id, u"mid"_s);
     QSignalSpy opened(screen.list.get(), &MessengerChatListView::openChatChanged);
     screen.message("mid");
     QCOMPARE(opened.size(), 0);
-    screen.list->selectedChatID = QStringLiteral("new");
-    QCOMPARE(screen.list->openChat()->title(), QStringLiteral("Team"));
-    screen.list->selectedChatID = QStringLiteral("nowhere");
+    screen.list->selectedChatID = u"new"_s;
+    QCOMPARE(screen.list->openChat()->title(), u"Team"_s);
+    screen.list->selectedChatID = u"nowhere"_s;
     QVERIFY(!screen.list->openChat());
     QCOMPARE(opened.size(), 2);
 }
@@ -258,19 +259,19 @@ void TestChatListView::selectingOpensOneChatScreenAtATime() {
 void TestChatListView::rowsReadNamePreviewAndCount() {
     Screen screen;
     screen.load();
-    QCOMPARE(screen.shown("new", ChatRows::SpokenRole), QStringLiteral("Team, b, 3 unread"));
-    QCOMPARE(screen.shown("old", ChatRows::SpokenRole), QStringLiteral("Ben, a"));
+    QCOMPARE(screen.shown("new", ChatRows::SpokenRole), u"Team, b, 3 unread"_s);
+    QCOMPARE(screen.shown("old", ChatRows::SpokenRole), u"Ben, a"_s);
     MessengerChat chat = screen.chat("old");
-    chat.lastMessage->content = QStringLiteral(" two\n\n lines ") + QString(10'000'000, u'x');
+    chat.lastMessage->content = u" two\n\n lines "_s + QString(10'000'000, u'x');
     chat.unreadCount = std::numeric_limits<qint64>::max();
     screen.list->chats.replace(chat);
     const QString preview = screen.shown("old", ChatRows::PreviewRole).toString();
-    QVERIFY(preview.startsWith(QStringLiteral("two lines xxx")));
+    QVERIFY(preview.startsWith(u"two lines xxx"_s));
     QVERIFY(preview.size() < 300);
     QCOMPARE(screen.shown("old", ChatRows::UnreadCountRole), 100);
     screen.message("old");
     QCOMPARE(screen.shown("old", ChatRows::UnreadCountRole), 100);
-    QCOMPARE(screen.list->badge(), QStringLiteral("99+"));
+    QCOMPARE(screen.list->badge(), u"99+"_s);
 }
 
 void TestChatListView::loadingAgainKeepsOneSubscription() {

@@ -5,6 +5,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -85,16 +87,16 @@ void TestOrganising::aGroupIsOfTheKindThatItsFormSays() {
     form.showNewGroup = true;
     form.groupName = name;
     form.groupRemoteMX = remote;
-    form.toggleParticipant(QStringLiteral("5"));
-    form.toggleParticipant(QStringLiteral("9"));
-    form.toggleParticipant(QStringLiteral("5"));
+    form.toggleParticipant(u"5"_s);
+    form.toggleParticipant(u"9"_s);
+    form.toggleParticipant(u"5"_s);
     desk.http.answerNext(ScriptedAnswer::of(200, R"({"chat":{"id":"g"}})"));
     form.createGroup();
     QVERIFY(!form.showNewGroup && form.groupName.value().isEmpty() && form.groupRemoteMX.value().isEmpty() &&
             form.groupParticipants.value().isEmpty());
-    QTRY_COMPARE(desk.list->selectedChatID.value(), QStringLiteral("g"));
+    QTRY_COMPARE(desk.list->selectedChatID.value(), u"g"_s);
     QCOMPARE(desk.bodyTo(path), body);
-    QCOMPARE(desk.list->chats.find(QStringLiteral("g"))->participants, QStringList{"9"});
+    QCOMPARE(desk.list->chats.find(u"g"_s)->participants, QStringList{"9"});
 }
 
 void TestOrganising::aGroupIsWhatTheServerMadeOfIt_data() {
@@ -121,7 +123,7 @@ void TestOrganising::aGroupIsWhatTheServerMadeOfIt() {
     Desk desk;
     QSignalSpy created(desk.list->newGroup(), &NewGroup::created);
     desk.http.answerNext(ScriptedAnswer::of(status, answer));
-    desk.list->newGroup()->groupName = QStringLiteral("Team");
+    desk.list->newGroup()->groupName = u"Team"_s;
     desk.list->newGroup()->createGroup();
     QTRY_VERIFY(!desk.http.requests().isEmpty());
     if (made.isEmpty()) {
@@ -133,9 +135,8 @@ void TestOrganising::aGroupIsWhatTheServerMadeOfIt() {
         return;
     }
     QTRY_COMPARE(created.size(), 1);
-    const MessengerChat chat = *desk.list->chats.find(QStringLiteral("g"));
-    QCOMPARE(QStringLiteral("%1/%2/%3/%4/%5")
-                 .arg(chat.id, chat.title.value_or(QString()))
+    const MessengerChat chat = *desk.list->chats.find(u"g"_s);
+    QCOMPARE(u"%1/%2/%3/%4/%5"_s.arg(chat.id, chat.title.value_or(QString()))
                  .arg(chat.federated)
                  .arg(chat.zkMode)
                  .arg(chat.roomId.value_or(QString())),
@@ -160,10 +161,10 @@ void TestOrganising::channelsAreReadRecordByRecord() {
     QFETCH(QStringList, titles);
     Desk desk;
     Channels &channels = *desk.list->channels();
-    channels.channelName = QStringLiteral(" \n");
+    channels.channelName = u" \n"_s;
     channels.createChannel();
     desk.http.answerNext(ScriptedAnswer::of(200, R"({"channel":{"id":"n"}})"));
-    channels.channelName = QStringLiteral(" News ");
+    channels.channelName = u" News "_s;
     channels.createChannel();
     QTRY_COMPARE(channels.channels.count(), 1);
     QCOMPARE(channels.channels.at(0).type, ChatType::channel);
@@ -195,10 +196,10 @@ void TestOrganising::aFolderIsMadeAndOpened() {
     QFETCH(QString, open);
     Desk desk;
     Folders &folders = *desk.list->folders();
-    folders.newFolderName = QStringLiteral("  ");
+    folders.newFolderName = u"  "_s;
     folders.createFolder();
     desk.http.answerNext(ScriptedAnswer::of(status, answer));
-    folders.newFolderName = QStringLiteral(" Work ");
+    folders.newFolderName = u" Work "_s;
     folders.createFolder();
     QVERIFY(folders.newFolderName.value().isEmpty());
     QTRY_COMPARE(desk.http.requests().size(), 1);
@@ -233,7 +234,7 @@ void TestOrganising::theSavedChatAlwaysOpens() {
     }
     QCOMPARE(desk.requestsTo("/api/messenger/saved?user_id=7"), requests);
     QCOMPARE(desk.list->chats.rowCount(), 1);
-    QCOMPARE(desk.list->openChat()->title(), QStringLiteral("Saved Messages"));
+    QCOMPARE(desk.list->openChat()->title(), u"Saved Messages"_s);
     QCOMPARE(desk.list->openChat()->chat.participants, QStringList{"7"});
 }
 
@@ -293,7 +294,7 @@ void TestOrganising::starredRecordsAreReadKeyByKey() {
     QTRY_VERIFY(!starred.isLoading);
     QCOMPARE(starred.messages.count(), count);
     if (count > 0)
-        QCOMPARE(starred.senderName(starred.messages.at(0).senderID), QStringLiteral("9"));
+        QCOMPARE(starred.senderName(starred.messages.at(0).senderID), u"9"_s);
 }
 
 void TestOrganising::whatCanNotBeHadChangesNothing() {

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -159,29 +161,28 @@ void TestSortedChats::oneChangeMovesOneRow() {
     QSignalSpy moved(&chats, &QAbstractItemModel::rowsMoved);
     QSignalSpy changed(&chats, &QAbstractItemModel::dataChanged);
     QSignalSpy reset(&chats, &QAbstractItemModel::modelReset);
-    chats.replace(chatOf(QStringLiteral("70"), 0, 2000));
+    chats.replace(chatOf(u"70"_s, 0, 2000));
     QCOMPARE(moved.size(), 1);
     QCOMPARE(moved.first().at(1).toInt(), 70);
     QCOMPARE(moved.first().at(4).toInt(), 0);
     QCOMPARE(changed.size(), 1);
     QCOMPARE(changed.first().at(0).toModelIndex().row(), 0);
     // The same again is nothing new.
-    chats.replace(chatOf(QStringLiteral("70"), 0, 2000));
+    chats.replace(chatOf(u"70"_s, 0, 2000));
     QCOMPARE(changed.size(), 1);
     QCOMPARE(reset.size(), 0);
 }
 
 void TestSortedChats::oddLists() {
     SortedChats chats;
-    chats.assign({chatOf(QStringLiteral("a"), 1, {}, 5), chatOf(QStringLiteral("a"), 2, {}, 7),
-                  chatOf(QString(), 3, {}, 1)});
+    chats.assign({chatOf(u"a"_s, 1, {}, 5), chatOf(u"a"_s, 2, {}, 7), chatOf(QString(), 3, {}, 1)});
     QCOMPARE(idsOf(chats), (QStringList{QString(), "a"}));
     QCOMPARE(chats.unreadSum(), 6);
-    QCOMPARE(chats.findFirst([](const MessengerChat &) { return true; })->id, QStringLiteral("a"));
+    QCOMPARE(chats.findFirst([](const MessengerChat &) { return true; })->id, u"a"_s);
     QVERIFY(!chats.findFirst([](const MessengerChat &) { return false; }));
-    chats.replace(chatOf(QStringLiteral("unknown"), 1, {}));
-    chats.remove(QStringLiteral("unknown"));
-    chats.setPinned(QStringLiteral("unknown"), true);
+    chats.replace(chatOf(u"unknown"_s, 1, {}));
+    chats.remove(u"unknown"_s);
+    chats.setPinned(u"unknown"_s, true);
     QCOMPARE(chats.rowCount(), 2);
 }
 

@@ -3,6 +3,8 @@
 #include "Support/OpenChatParts.h"
 #include "Support/ScreenWindow.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -31,7 +33,7 @@ struct Window : OpenChatParts {
         list = std::make_shared<MessengerChatListView>(MessengerChatListView::Parts{
             chatParts(), session, [this]() -> ContactImporter & { return importer; }});
         view.resize(900, 700);
-        view.open(QStringLiteral("qrc:/OrvaneTalk/ChatList/ChatListScreen.qml"),
+        view.open(u"qrc:/OrvaneTalk/ChatList/ChatListScreen.qml"_s,
                   {{"screen", QVariant::fromValue(list.get())}, {"focus", true}});
     }
 

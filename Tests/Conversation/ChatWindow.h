@@ -6,6 +6,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// The open chat in a window of its own, with a history that is given.
 struct ChatWindow : OpenChatParts {
     std::shared_ptr<MessengerChatView> screen;
@@ -13,21 +15,19 @@ struct ChatWindow : OpenChatParts {
 
     explicit ChatWindow(const QJsonArray &history) {
         MessengerChat chat;
-        chat.id = QStringLiteral("c");
+        chat.id = u"c"_s;
         chat.type = ChatType::group;
-        chat.title = QStringLiteral("Team");
+        chat.title = u"Team"_s;
         http.answerFor("/api/messenger/chats/c/messages",
                        ScriptedAnswer::of(200, json::compact({{"messages", history}})));
-        screen = std::make_shared<MessengerChatView>(chat, Contacts(), QStringLiteral("7"), chatParts());
+        screen = std::make_shared<MessengerChatView>(chat, Contacts(), u"7"_s, chatParts());
         view.resize(580, 650);
-        view.open(QStringLiteral("qrc:/OrvaneTalk/Conversation/ChatScreen.qml"),
+        view.open(u"qrc:/OrvaneTalk/Conversation/ChatScreen.qml"_s,
                   {{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
         screen->loadMessages();
     }
 
-    QQuickItem *messages() const {
-        return view.rootObject()->findChild<QQuickItem *>(QStringLiteral("messages"));
-    }
+    QQuickItem *messages() const { return view.rootObject()->findChild<QQuickItem *>(u"messages"_s); }
     QQuickItem *row(int index) const {
         QQuickItem *row = nullptr;
         QMetaObject::invokeMethod(messages(), "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
@@ -53,7 +53,7 @@ struct ChatWindow : OpenChatParts {
         }
         return rows;
     }
-    void add(const QString &text, const QString &sender = QStringLiteral("7")) const {
+    void add(const QString &text, const QString &sender = u"7"_s) const {
         MessengerMessage record;
         record.id = QString::number(screen->messages.count());
         record.senderID = sender;

@@ -8,19 +8,21 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// A direct chat of user 7 with Ben, 9, whose history is given as records of the server.
 struct OpenChat : OpenChatParts {
     std::shared_ptr<MessengerChatView> screen;
 
-    explicit OpenChat(const QList<QByteArray> &history = {}, const QString &user = QStringLiteral("7"),
+    explicit OpenChat(const QList<QByteArray> &history = {}, const QString &user = u"7"_s,
                       ChatType type = ChatType::direct) {
         MessengerChat chat;
-        chat.id = QStringLiteral("c");
+        chat.id = u"c"_s;
         chat.type = type;
-        chat.participants = {QStringLiteral("7"), QStringLiteral("9")};
+        chat.participants = {u"7"_s, u"9"_s};
         MessengerUser ben;
-        ben.id = QStringLiteral("9");
-        ben.displayName = QStringLiteral("Ben");
+        ben.id = u"9"_s;
+        ben.displayName = u"Ben"_s;
         signIn();
         screen = std::make_shared<MessengerChatView>(chat, Contacts{{ben.id, ben}}, user, chatParts());
         if (history.isEmpty())
@@ -32,8 +34,7 @@ struct OpenChat : OpenChatParts {
     }
 
     static QByteArray record(const char *id, const char *sender, const char *text = "hi") {
-        return QByteArrayLiteral(R"({"id":"%1","sender_id":"%2","content":"%3","created_at":10})")
-            .replace("%1", id)
+        return R"({"id":"%1","sender_id":"%2","content":"%3","created_at":10})"_ba.replace("%1", id)
             .replace("%2", sender)
             .replace("%3", text);
     }
@@ -54,7 +55,7 @@ struct OpenChat : OpenChatParts {
         QList<QJsonObject> found;
         // Whatever was sent stands before this mark.
         const QString mark = freshId();
-        socket.send({{QStringLiteral("type"), mark}});
+        socket.send({{u"type"_s, mark}});
         if (!QTest::qWaitFor([&] { return !events.frames(0).filter(mark).isEmpty(); }))
             qFatal("The socket is not open.");
         for (const QString &frame : events.frames(0)) {

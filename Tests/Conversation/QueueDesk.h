@@ -19,6 +19,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// Takes standard output while it lives, and gives back what is not the queue's. No line may tell a message's
 /// words.
 class QueueLog {
@@ -34,7 +36,7 @@ public:
         ::dup2(m_stdout, STDOUT_FILENO);
         ::close(m_stdout);
         for (const QString &line : said) {
-            if (line.contains(QStringLiteral("own words")))
+            if (line.contains(u"own words"_s))
                 qFatal("a message's words in the log");
             if (!line.startsWith(prefix))
                 std::puts(qUtf8Printable(line));
@@ -60,7 +62,7 @@ private:
         return QString::fromUtf8(bytes).split(u'\n', Qt::SkipEmptyParts);
     }
 
-    const QString prefix = QStringLiteral("[OfflineQueue] ");
+    const QString prefix = u"[OfflineQueue] "_s;
     QTemporaryFile m_file;
     int m_stdout = -1;
 };
@@ -139,7 +141,7 @@ private:
 struct QueueDesk {
     QueueDesk() { secrets->items.insert(account, key); }
 
-    const QString account = QStringLiteral("aes-gcm-key-v1");
+    const QString account = u"aes-gcm-key-v1"_s;
     const QByteArray key = QByteArray(32, 'k');
     QueueLog log;
     QTemporaryDir folder;
@@ -165,15 +167,15 @@ struct QueueDesk {
     }
     /// Until it is saved.
     void enqueue(const QueuedMessage &message) {
-        const auto saved = [this] { return log.lines().filter(QStringLiteral("Queued ")).size(); };
+        const auto saved = [this] { return log.lines().filter(u"Queued "_s).size(); };
         const qsizetype before = saved();
         queue->enqueue(message);
         if (!QTest::qWaitFor([&] { return saved() > before; }))
             qFatal("the message was not saved");
     }
 
-    QString sealedFile() const { return folder.filePath(QStringLiteral("offline_queue.enc")); }
-    QString legacyFile() const { return folder.filePath(QStringLiteral("offline_queue.json")); }
+    QString sealedFile() const { return folder.filePath(u"offline_queue.enc"_s); }
+    QString legacyFile() const { return folder.filePath(u"offline_queue.json"_s); }
     static void write(const QString &path, const QByteArray &bytes) {
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
@@ -199,10 +201,10 @@ struct QueueDesk {
 inline QueuedMessage queued(const QString &id, qint64 retries = 0, qint64 maxRetries = 5) {
     QueuedMessage message;
     message.id = id;
-    message.chatID = QStringLiteral("c");
-    message.content = QStringLiteral("my very own words");
-    message.type = QStringLiteral("text");
-    message.userID = QStringLiteral("7");
+    message.chatID = u"c"_s;
+    message.content = u"my very own words"_s;
+    message.type = u"text"_s;
+    message.userID = u"7"_s;
     message.timestamp = QDateTime::fromMSecsSinceEpoch(1'700'000'000'250, Qt::UTC);
     message.retries = retries;
     message.maxRetries = maxRetries;

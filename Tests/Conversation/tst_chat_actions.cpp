@@ -1,6 +1,8 @@
 #include "Conversation/OpenChat.h"
 #include "Support/TestMain.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestChatActions : public QObject {
@@ -42,7 +44,7 @@ void TestChatActions::whatTheServerRefusesIsUndone() {
     chat.screen->pinUnpinMessage(chat.message(1));
     QCOMPARE(chat.screen->pinnedMessages().size(), 1);
     QTRY_COMPARE(chat.http.requests().size(), 2);
-    QTRY_COMPARE(chat.screen->isPinned(QStringLiteral("m2")), done);
+    QTRY_COMPARE(chat.screen->isPinned(u"m2"_s), done);
     answer();
     chat.screen->toggleStar(chat.message(0));
     QVERIFY(chat.message(0).isStarred);
@@ -72,22 +74,22 @@ void TestChatActions::anEditIsTrimmedAndWaitsForTheServer() {
     OpenChat chat({OpenChat::record("m1", "7", "old")});
     chat.screen->editLastOwnMessage();
     QVERIFY(chat.screen->showEditAlert);
-    QCOMPARE(chat.screen->editText.value(), QStringLiteral("old"));
+    QCOMPARE(chat.screen->editText.value(), u"old"_s);
     chat.http.answerFor("/api/messenger/messages/m1", ScriptedAnswer::of(status, "{}"));
     chat.screen->editText = text;
     chat.screen->saveEdit();
     QVERIFY(!chat.screen->showEditAlert);
-    QCOMPARE(chat.message(0).content, QStringLiteral("old"));
-    const bool sent = text.trimmed() == QLatin1String("new");
+    QCOMPARE(chat.message(0).content, u"old"_s);
+    const bool sent = text.trimmed() == "new"_L1;
     if (sent)
         QTRY_COMPARE(chat.http.requests().size(), 2);
     // With the answer to a later request, the edit's is there too, and a blank edit can't be under way.
     chat.http.answerNext(ScriptedAnswer::of(200, R"({"reactions":[{"emoji":"👍","user_id":7}]})"));
-    chat.screen->reactToMessage(chat.message(0), QStringLiteral("👍"));
+    chat.screen->reactToMessage(chat.message(0), u"👍"_s);
     QTRY_COMPARE(chat.message(0).reactions.size(), 1);
     QCOMPARE(chat.http.requests().size(), sent ? 3 : 2);
     QCOMPARE(chat.message(0).content, after);
-    QCOMPARE(chat.message(0).editedAt.has_value(), after == QLatin1String("new"));
+    QCOMPARE(chat.message(0).editedAt.has_value(), after == "new"_L1);
 }
 
 void TestChatActions::aDeletionTakesEveryRecordOfTheId() {
@@ -101,7 +103,7 @@ void TestChatActions::aDeletionTakesEveryRecordOfTheId() {
     chat.screen->performDelete();
     QTRY_COMPARE(chat.screen->messages.count(), 1);
     QCOMPARE(chat.http.requests().size(), 2);
-    QCOMPARE(chat.message(0).id, QStringLiteral("m2"));
+    QCOMPARE(chat.message(0).id, u"m2"_s);
 }
 
 void TestChatActions::aReactionIsWhatTheServerMakesOfIt_data() {
@@ -118,10 +120,10 @@ void TestChatActions::aReactionIsWhatTheServerMakesOfIt() {
     QFETCH(int, count);
     OpenChat chat({OpenChat::record("m1", "9")});
     chat.screen->changeAt(0, [](MessengerMessage &message) {
-        message.reactions = {{QStringLiteral("🔥"), {"9"}}, {QStringLiteral("👏"), {"9"}}};
+        message.reactions = {{u"🔥"_s, {"9"}}, {u"👏"_s, {"9"}}};
     });
     chat.http.answerNext(ScriptedAnswer::of(200, answer).heldBack());
-    chat.screen->reactToMessage(chat.message(0), QStringLiteral("👍"));
+    chat.screen->reactToMessage(chat.message(0), u"👍"_s);
     QTRY_COMPARE(chat.http.requests().size(), 2);
     QCOMPARE(chat.message(0).reactions.size(), 2);
     chat.http.release();
@@ -134,7 +136,7 @@ void TestChatActions::oneTranslationAtATime() {
     chat.screen->translateAction(chat.message(0));
     chat.screen->translateAction(chat.message(1));
     QTRY_COMPARE(chat.http.requests().size(), 2);
-    QCOMPARE(chat.screen->translatingMsgID.value(), QStringLiteral("m1"));
+    QCOMPARE(chat.screen->translatingMsgID.value(), u"m1"_s);
     chat.http.release();
     QTRY_VERIFY(!chat.screen->translatingMsgID.value());
     QCOMPARE(chat.screen->translatedText.value(), (QVariantMap{{"m1", "раз"}}));
@@ -142,14 +144,13 @@ void TestChatActions::oneTranslationAtATime() {
     chat.screen->translateAction(chat.message(1));
     QTRY_VERIFY(!chat.screen->translatingMsgID.value());
     QCOMPARE(chat.screen->translatedText.value().size(), 1);
-    QCOMPARE(json::text(chat.bodySentTo(chat.http.lastRequest().target), u"target_lang"),
-             QStringLiteral("ru"));
+    QCOMPARE(json::text(chat.bodySentTo(chat.http.lastRequest().target), u"target_lang"), u"ru"_s);
 }
 
 void TestChatActions::aForwardedTextSaysWhereItCameFrom() {
     OpenChat chat({OpenChat::record("m1", "9", "one")});
     MessengerChat other;
-    other.id = QStringLiteral("d");
+    other.id = u"d"_s;
     chat.screen->forwardMessage(other);
     QCOMPARE(chat.http.requests().size(), 1);
     chat.screen->pickForward(chat.message(0));
@@ -159,11 +160,11 @@ void TestChatActions::aForwardedTextSaysWhereItCameFrom() {
     QJsonObject body = chat.bodySentTo("/api/messenger/chats/d/messages");
     QJsonObject from = json::object(body, u"forwarded_from").value();
     QVERIFY(json::number(from, u"forwarded_at").value() > 1.7e9);
-    from.remove(QStringLiteral("forwarded_at"));
+    from.remove(u"forwarded_at"_s);
     QCOMPARE(from,
              (QJsonObject{
                  {"original_chat_id", "c"}, {"original_sender_id", "9"}, {"original_sender_name", "Ben"}}));
-    body.remove(QStringLiteral("forwarded_from"));
+    body.remove(u"forwarded_from"_s);
     QCOMPARE(body, (QJsonObject{{"user_id", 7}, {"content", "one"}, {"type", "text"}}));
     QCOMPARE(chat.screen->messages.count(), 1);
 }
@@ -192,14 +193,14 @@ void TestChatActions::anAnswerMayComeAfterTheMessageIsGone() {
     for (int answer = 0; answer < 3; ++answer)
         chat.http.answerNext(
             ScriptedAnswer::of(200, R"({"reactions":[{"emoji":"👍","user_id":7}]})").heldBack());
-    chat.screen->reactToMessage(message, QStringLiteral("👍"));
+    chat.screen->reactToMessage(message, u"👍"_s);
     chat.screen->editMessage(message);
-    chat.screen->editText = QStringLiteral("new");
+    chat.screen->editText = u"new"_s;
     chat.screen->saveEdit();
     chat.screen->deleteMessage(message);
     chat.screen->performDelete();
     QTRY_COMPARE(chat.http.requests().size(), 4);
-    chat.screen->removeAll(QStringLiteral("m1"));
+    chat.screen->removeAll(u"m1"_s);
     const std::weak_ptr<MessengerChatView> watched = chat.screen;
     chat.screen.reset();
     chat.http.release();
@@ -238,10 +239,10 @@ void TestChatActions::whatIsCopiedIsWhatIsRead() {
 void TestChatActions::onlyTheOpenScreenIsTheActiveChat() {
     OpenChat chat;
     chat.screen->appear();
-    QCOMPARE(chat.notifications.activeChatID, QStringLiteral("c"));
-    chat.notifications.activeChatID = QStringLiteral("next");
+    QCOMPARE(chat.notifications.activeChatID, u"c"_s);
+    chat.notifications.activeChatID = u"next"_s;
     chat.screen->disappear();
-    QCOMPARE(chat.notifications.activeChatID, QStringLiteral("next"));
+    QCOMPARE(chat.notifications.activeChatID, u"next"_s);
     chat.screen->appear();
     chat.screen->disappear();
     QVERIFY(!chat.notifications.activeChatID);

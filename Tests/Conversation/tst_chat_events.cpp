@@ -3,15 +3,16 @@
 
 #include <QRandomGenerator>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
 MessengerPoll pollWith(const QSet<QString> &a, const QSet<QString> &b) {
     MessengerPoll poll;
-    poll.id = QStringLiteral("p");
-    poll.options = {PollOption{QStringLiteral("a"), QStringLiteral("A"), a},
-                    PollOption{QStringLiteral("b"), QStringLiteral("B"), b}};
+    poll.id = u"p"_s;
+    poll.options = {PollOption{u"a"_s, u"A"_s, a}, PollOption{u"b"_s, u"B"_s, b}};
     return poll;
 }
 
@@ -42,10 +43,9 @@ static QString shortForm(const OpenChat &chat) {
         for (const MessageReaction &reaction : message.reactions)
             reactions.append(reaction.emoji + QString::number(reaction.userIDs.size()));
         reactions.sort();
-        rows.append(QStringLiteral("%1:%2:%3:%4:%5")
-                        .arg(message.id, message.content, message.editedAt ? "edited" : "",
-                             reactions.join(u'+'),
-                             message.isRead ? rawText(message.deliveryStatus) : QStringLiteral("unread")));
+        rows.append(u"%1:%2:%3:%4:%5"_s.arg(message.id, message.content, message.editedAt ? "edited" : "",
+                                            reactions.join(u'+'),
+                                            message.isRead ? rawText(message.deliveryStatus) : u"unread"_s));
     }
     return rows.join(u' ');
 }
@@ -84,7 +84,7 @@ void TestChatEvents::anEventChangesTheMessagesItNames() {
     QFETCH(QString, after);
     OpenChat chat({OpenChat::record("m1", "9"), OpenChat::record("m2", "7"), OpenChat::record("m1", "7")});
     chat.arrive(event.chopped(1) + R"(,"chat_id":"d"})");
-    QCOMPARE(shortForm(chat), QStringLiteral("m1:hi:::sent m2:hi:::sent m1:hi:::sent"));
+    QCOMPARE(shortForm(chat), u"m1:hi:::sent m2:hi:::sent m1:hi:::sent"_s);
     chat.arrive(event.chopped(1) + R"(,"chat_id":"c"})");
     QCOMPARE(shortForm(chat), after);
 }
@@ -129,16 +129,16 @@ void TestChatEvents::anEventThatLacksSomethingChangesNothing() {
 void TestChatEvents::typingIsWhatWasSaidLast() {
     OpenChat chat({OpenChat::record("m1", "9")});
     const auto typing = [&](const char *user, const char *is) {
-        chat.arrive(QByteArrayLiteral(R"({"type":"typing","chat_id":"c","user_id":")") + user +
-                    R"(","is_typing":)" + is + "}");
+        chat.arrive(R"({"type":"typing","chat_id":"c","user_id":")"_ba + user + R"(","is_typing":)" + is +
+                    "}");
         return chat.screen->typingLine();
     };
     QCOMPARE(typing("5", "false"), QString());
-    QCOMPARE(typing("9", "true"), QStringLiteral("Ben is typing…"));
-    QCOMPARE(typing("9", "true"), QStringLiteral("Ben is typing…"));
-    QCOMPARE(typing("5", "true"), QStringLiteral("Ben, Someone are typing…"));
-    QCOMPARE(typing("9", "\"no\""), QStringLiteral("Ben, Someone are typing…"));
-    QCOMPARE(typing("9", "false"), QStringLiteral("Someone is typing…"));
+    QCOMPARE(typing("9", "true"), u"Ben is typing…"_s);
+    QCOMPARE(typing("9", "true"), u"Ben is typing…"_s);
+    QCOMPARE(typing("5", "true"), u"Ben, Someone are typing…"_s);
+    QCOMPARE(typing("9", "\"no\""), u"Ben, Someone are typing…"_s);
+    QCOMPARE(typing("9", "false"), u"Someone is typing…"_s);
 }
 
 void TestChatEvents::aVoteCreditsTheLastVoter_data() {
@@ -188,9 +188,9 @@ void TestChatEvents::aDirectMessageIsAppended() {
     chat.screen->appear();
     QTRY_VERIFY(!chat.screen->isLoading);
     const int before = chat.screen->messages.count();
-    chat.centre.post(QStringLiteral("orvaneOpenChat"), json::parseObject(info).value());
+    chat.centre.post(u"orvaneOpenChat"_s, json::parseObject(info).value());
     QCOMPARE(chat.screen->messages.count(), before);
-    chat.centre.post(QStringLiteral("orvaneP2PMessage"), json::parseObject(info).value());
+    chat.centre.post(u"orvaneP2PMessage"_s, json::parseObject(info).value());
     QCOMPARE(chat.screen->messages.count(), before + int(taken));
     if (taken) {
         QVERIFY(!chat.screen->messages.records().last().id.isEmpty());

@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -119,7 +121,7 @@ void TestChatScreen::markupIsShownAsItStands() {
 }
 
 void TestChatScreen::theMenuOpensByKeyboard() {
-    ChatWindow window({message(QStringLiteral("hi"))});
+    ChatWindow window({message(u"hi"_s)});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", "hi"));
     QVERIFY(window.messages());
@@ -178,7 +180,7 @@ void TestChatScreen::onlyRowsNearTheViewAreMade() {
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 10'000; ++number)
-        window.add(QStringLiteral("message %1").arg(number));
+        window.add(u"message %1"_s.arg(number));
     QTRY_VERIFY(window.showsNewest());
     const auto made = [&] { return window.rows().size(); };
     QVERIFY(made() > 5);
@@ -211,26 +213,25 @@ void TestChatScreen::nothingInSightMovesWhileRowsComeIn() {
         QCOMPARE(row->mapToItem(list, QPointF()).y(), before + 37);
     }
     // A message that is received is what the person is brought to.
-    window.add(QStringLiteral("new"));
+    window.add(u"new"_s);
     QTRY_VERIFY(window.showsNewest());
 }
 
 void TestChatScreen::theNewestStaysInSightWhileStripsComeAndGo() {
     QJsonArray history;
     for (int number = 0; number < 50; ++number)
-        history.append(
-            message(QStringLiteral("words of an ordinary length 🙂 ").repeated(1 + number * 7 % 9)));
+        history.append(message(u"words of an ordinary length 🙂 "_s.repeated(1 + number * 7 % 9)));
     ChatWindow window(history);
     MessengerChatView &screen = *window.screen;
     // One comes before the history, one with it, others after it.
-    screen.smartReplies = QStringList{QStringLiteral("Yes")};
+    screen.smartReplies = QStringList{u"Yes"_s};
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!screen.isLoading);
-    screen.chatContext = QStringLiteral("context");
+    screen.chatContext = u"context"_s;
     window.view.grabWindow();
     QTRY_VERIFY(window.showsNewest());
     screen.smartReplies = QStringList();
-    screen.chatSummary = QStringLiteral("in short");
+    screen.chatSummary = u"in short"_s;
     window.view.grabWindow();
     QTRY_VERIFY(window.showsNewest());
     window.view.resize(500, 500);
@@ -244,7 +245,7 @@ void TestChatScreen::aRunOfLiveMessagesHasOneTail() {
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 3; ++number)
-        window.add(QString::number(number), QStringLiteral("9"));
+        window.add(QString::number(number), u"9"_s);
     QTRY_COMPARE(window.rows().size(), 3);
     int tails = 0;
     for (const QQuickItem *row : window.rows())
@@ -260,7 +261,7 @@ void TestChatScreen::keysWalkTheMessages() {
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 60; ++number)
-        window.add(QStringLiteral("message %1").arg(number));
+        window.add(u"message %1"_s.arg(number));
     QTRY_VERIFY(window.showsNewest());
     window.messages()->forceActiveFocus();
     const auto current = [&] { return window.messages()->property("currentIndex").toInt(); };
@@ -285,7 +286,7 @@ void TestChatScreen::keysWalkTheMessages() {
 }
 
 void TestChatScreen::tabWalksOnFromTheInput() {
-    ChatWindow window({message(QStringLiteral("hi"))});
+    ChatWindow window({message(u"hi"_s)});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
     QTRY_VERIFY(window.view.item("text", "hi"));
@@ -304,7 +305,7 @@ void TestChatScreen::tabWalksOnFromTheInput() {
 }
 
 void TestChatScreen::aClickOnAMessageLeadsToTheInput() {
-    ChatWindow window({message(QStringLiteral("hi there"))});
+    ChatWindow window({message(u"hi there"_s)});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", "hi there"));
     QTRY_VERIFY(window.showsNewest());
@@ -324,7 +325,7 @@ void TestChatScreen::aClickOnAMessageLeadsToTheInput() {
 }
 
 void TestChatScreen::whatIsSelectedInAMessageIsCopiedFromTheInput() {
-    ChatWindow window({message(QStringLiteral("copy me"))});
+    ChatWindow window({message(u"copy me"_s)});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.view.item("text", "copy me"));
     QTRY_VERIFY(window.showsNewest());
@@ -353,21 +354,20 @@ void TestChatScreen::aPasteThatIsTooLongIsCutAndSaidToBe() {
     ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.input() && window.input()->hasActiveFocus());
-    const QString notice =
-        QStringLiteral("A message holds 65536 characters. What is beyond that was left out.");
+    const QString notice = u"A message holds 65536 characters. What is beyond that was left out."_s;
     // The last place lies in the middle of an emoji.
-    QGuiApplication::clipboard()->setText(QStringLiteral("words and more 😀 ").repeated(50'000));
+    QGuiApplication::clipboard()->setText(u"words and more 😀 "_s.repeated(50'000));
     QTest::keySequence(&window.view, QKeySequence::Paste);
     QCOMPARE(window.screen->inputText.value().size(), most - 1);
     QVERIFY(window.screen->inputText.value().endsWith(u"more "));
     QTRY_VERIFY(window.view.item("text", notice));
     QTest::keySequence(&window.view, QKeySequence::SelectAll);
-    QGuiApplication::clipboard()->setText(QStringLiteral("short"));
+    QGuiApplication::clipboard()->setText(u"short"_s);
     QTest::keySequence(&window.view, QKeySequence::Paste);
     QCOMPARE(window.screen->inputText.value(), "short");
     QTRY_VERIFY(!window.view.item("text", notice));
     // An offered reply comes from a server.
-    window.screen->inputText = QStringLiteral("words ").repeated(200'000);
+    window.screen->inputText = u"words "_s.repeated(200'000);
     QTRY_COMPARE(window.screen->inputText.value().size(), most);
     QTRY_VERIFY(window.view.item("text", notice));
 }
@@ -376,7 +376,7 @@ void TestChatScreen::anEditKeepsItsLines() {
     ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
-    window.add(QStringLiteral("one\ntwo\nthree"));
+    window.add(u"one\ntwo\nthree"_s);
     window.screen->editLastOwnMessage();
     QQuickItem *field = nullptr;
     QTRY_VERIFY((field = findItem(window.view.contentItem(), "placeholderText", "Message")));
@@ -394,7 +394,7 @@ void TestChatScreen::enterDeletesNothing() {
     ChatWindow window({});
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
-    window.add(QStringLiteral("keep me"));
+    window.add(u"keep me"_s);
     window.screen->deleteMessage(window.screen->messages.at(0));
     QTRY_VERIFY(window.view.showsAnywhere("text", "This action cannot be undone."));
     QTRY_VERIFY(window.view.isSettled());
@@ -411,7 +411,7 @@ void TestChatScreen::theFullTimeIsInsideTheWindow() {
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     for (int number = 0; number < 30; ++number)
-        window.add(QString::number(number), QStringLiteral("9"));
+        window.add(QString::number(number), u"9"_s);
     QTRY_VERIFY(window.showsNewest());
     // The row that the upper edge of the list cuts, and whose time stands just below that.
     window.messages()->setProperty("contentY", window.messages()->property("contentY").toDouble() - 300);
@@ -438,7 +438,7 @@ void TestChatScreen::marksStayInTheirBubble() {
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
     QTRY_VERIFY(!window.screen->isLoading);
     window.view.tokens()->setProperty("reducedMotion", true);
-    window.add(QStringLiteral("a") + QStringLiteral("\u0301").repeated(300), QStringLiteral("7"));
+    window.add(u"a"_s + u"\u0301"_s.repeated(300), u"7"_s);
     QTRY_VERIFY(window.showsNewest());
     const QPointF top = window.row(0)->mapToItem(window.view.contentItem(), QPointF());
     const QImage picture = window.view.grabWindow();
@@ -475,11 +475,10 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme_data() {
 void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
     QFETCH(int, theme);
     QFETCH(QSize, size);
-    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
-    ChatWindow window(
-        {message(QStringLiteral("Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen? "
-                                "https://fahrt.example/plan?tag=1")),
-         message(QStringLiteral("مرحبا، כן — 👩‍👩‍👧 да"))});
+    QTest::failOnWarning(QRegularExpression(u"."_s));
+    ChatWindow window({message(u"Wollen wir Donaudampfschifffahrtsgesellschaftskapitäne einladen? "
+                               "https://fahrt.example/plan?tag=1"_s),
+                       message(u"مرحبا، כן — 👩‍👩‍👧 да"_s)});
     window.view.use(OrvaneTheme(theme));
     window.view.resize(size);
     QVERIFY(QTest::qWaitForWindowExposed(&window.view));
@@ -489,7 +488,7 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
                          const auto &change) {
         MessengerMessage record;
         record.id = QString::number(screen.messages.count());
-        record.senderID = QStringLiteral("7");
+        record.senderID = u"7"_s;
         record.type = type;
         record.content = content;
         record.timestamp = QDateTime::currentDateTimeUtc().addSecs(-60);
@@ -498,43 +497,42 @@ void TestChatScreen::everyKindOfMessageIsDrawnInEveryTheme() {
         screen.messages.append(record);
     };
     const auto asItIs = [](MessengerMessage &) {};
-    add(MessageType::text, QStringLiteral("on its way"), DeliveryStatus::sending, asItIs);
-    add(MessageType::text, QStringLiteral("read"), DeliveryStatus::read, [](MessengerMessage &record) {
-        record.replyToID = QStringLiteral("m");
+    add(MessageType::text, u"on its way"_s, DeliveryStatus::sending, asItIs);
+    add(MessageType::text, u"read"_s, DeliveryStatus::read, [](MessengerMessage &record) {
+        record.replyToID = u"m"_s;
         record.editedAt = record.timestamp;
         record.isStarred = true;
-        record.reactions = {{QStringLiteral("🔥"), {"7", "9"}}, {QStringLiteral("👏"), {"9"}}};
+        record.reactions = {{u"🔥"_s, {"7", "9"}}, {u"👏"_s, {"9"}}};
     });
-    add(MessageType::text, QStringLiteral("failed: https://a.example/x"), DeliveryStatus::failed,
+    add(MessageType::text, u"failed: https://a.example/x"_s, DeliveryStatus::failed,
         [](MessengerMessage &record) {
-            record.forwardedFrom =
-                ForwardInfo{QStringLiteral("d"), QStringLiteral("9"), QStringLiteral("Ben"), {}};
+            record.forwardedFrom = ForwardInfo{u"d"_s, u"9"_s, u"Ben"_s, {}};
         });
-    add(MessageType::sticker, QStringLiteral("😍"), DeliveryStatus::sent, asItIs);
-    add(MessageType::poll, QStringLiteral("Tea?"), DeliveryStatus::sent, [](MessengerMessage &record) {
-        record.poll = MessengerPoll{QStringLiteral("p"),
-                                    QStringLiteral("c"),
-                                    QStringLiteral("7"),
-                                    QStringLiteral("Tea?"),
-                                    {PollOption{QStringLiteral("a"), QStringLiteral("Yes"), {"7", "9"}},
-                                     PollOption{QStringLiteral("b"), QStringLiteral("No"), {"5"}}},
-                                    true,
-                                    false,
-                                    {}};
+    add(MessageType::sticker, u"😍"_s, DeliveryStatus::sent, asItIs);
+    add(MessageType::poll, u"Tea?"_s, DeliveryStatus::sent, [](MessengerMessage &record) {
+        record.poll =
+            MessengerPoll{u"p"_s,
+                          u"c"_s,
+                          u"7"_s,
+                          u"Tea?"_s,
+                          {PollOption{u"a"_s, u"Yes"_s, {"7", "9"}}, PollOption{u"b"_s, u"No"_s, {"5"}}},
+                          true,
+                          false,
+                          {}};
     });
-    screen.translatedText = QVariantMap{{QStringLiteral("2"), QStringLiteral("в пути")}};
-    screen.pinnedMessageIDs = QSet<QString>{QStringLiteral("2")};
-    screen.chatContext = QStringLiteral("Последние сообщения: Я: read");
-    screen.unansweredQuestions = QStringList{QStringLiteral("Wollen wir?")};
-    screen.chatSummary = QStringLiteral("Tea at five.\n\n• a\n• b");
-    screen.smartReplies = QStringList{QStringLiteral("Yes"), QStringLiteral("No"), QStringLiteral("Later")};
+    screen.translatedText = QVariantMap{{u"2"_s, u"в пути"_s}};
+    screen.pinnedMessageIDs = QSet<QString>{u"2"_s};
+    screen.chatContext = u"Последние сообщения: Я: read"_s;
+    screen.unansweredQuestions = QStringList{u"Wollen wir?"_s};
+    screen.chatSummary = u"Tea at five.\n\n• a\n• b"_s;
+    screen.smartReplies = QStringList{u"Yes"_s, u"No"_s, u"Later"_s};
     screen.personaSamples = 12;
-    screen.typingUserIDs = QSet<QString>{QStringLiteral("9")};
+    screen.typingUserIDs = QSet<QString>{u"9"_s};
     screen.replyTo(screen.messages.at(0));
-    screen.agentResults = QStringList{QStringLiteral("a hit")};
+    screen.agentResults = QStringList{u"a hit"_s};
     screen.showSearchPanel = true;
     screen.showAIPanel = true;
-    screen.aiResponse = QStringLiteral("Searching.");
+    screen.aiResponse = u"Searching."_s;
     QTRY_VERIFY(window.view.item("text", "Searching."));
     QTRY_VERIFY(window.showsNewest());
     window.view.takePicture();

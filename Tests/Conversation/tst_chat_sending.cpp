@@ -7,6 +7,8 @@
 #include <QSignalSpy>
 #include <QTcpServer>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -15,13 +17,12 @@ const QByteArray target = "/api/messenger/chats/c/messages";
 
 MessengerPoll poll(bool voted) {
     MessengerPoll poll;
-    poll.id = QStringLiteral("p");
-    poll.question = QStringLiteral("Tea?");
+    poll.id = u"p"_s;
+    poll.question = u"Tea?"_s;
     poll.createdAt = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
     const QSet<QString> voters = voted ? QSet<QString>{"7", "9"} : QSet<QString>{"9"};
-    poll.options = {PollOption{QStringLiteral("a"), QStringLiteral("A"), voters},
-                    PollOption{QStringLiteral("b"), QStringLiteral("B"), {}},
-                    PollOption{QStringLiteral("d"), QStringLiteral("D"), voters}};
+    poll.options = {PollOption{u"a"_s, u"A"_s, voters}, PollOption{u"b"_s, u"B"_s, {}},
+                    PollOption{u"d"_s, u"D"_s, voters}};
     return poll;
 }
 
@@ -29,7 +30,7 @@ MessengerPoll poll(bool voted) {
 struct DirectPeer {
     QTemporaryDir folder;
     MessengerSession session{std::make_unique<FaultySecretStore>(std::make_shared<StoredSecrets>()),
-                             std::make_unique<UserDefaults>(folder.filePath(QStringLiteral("defaults.ini")))};
+                             std::make_unique<UserDefaults>(folder.filePath(u"defaults.ini"_s))};
     MessengerP2PDataChannel channel{session, 0, 0};
     QList<QJsonObject> received;
 
@@ -80,9 +81,9 @@ void TestChatSending::aLineWithASlashIsACommand() {
     QCOMPARE(exported.size(), exports ? 1 : 0);
     if (!exports)
         return;
-    QCOMPARE(exported.first().first().toString(), QStringLiteral("one\ntwo\n"));
-    const QString file = chat.folder.filePath(QStringLiteral("chat.md"));
-    chat.screen->saveExport(QUrl::fromLocalFile(file), QStringLiteral("ж\n"));
+    QCOMPARE(exported.first().first().toString(), u"one\ntwo\n"_s);
+    const QString file = chat.folder.filePath(u"chat.md"_s);
+    chat.screen->saveExport(QUrl::fromLocalFile(file), u"ж\n"_s);
     QTRY_VERIFY(QFile::exists(file));
     QFile written(file);
     QVERIFY(written.open(QIODevice::ReadOnly));
@@ -94,10 +95,10 @@ void TestChatSending::aReplyNamesItsMessageAndClosesTheBanner() {
     chat.screen->replyTo(chat.message(0));
     QVERIFY(chat.screen->isInputFocused);
     chat.http.answerNext(ScriptedAnswer::of(500));
-    chat.screen->inputText = QStringLiteral(" /export");
+    chat.screen->inputText = u" /export"_s;
     chat.screen->sendMessage();
     QVERIFY(!chat.screen->replyToMessage.value());
-    QCOMPARE(chat.message(1).replyToID, QStringLiteral("m1"));
+    QCOMPARE(chat.message(1).replyToID, u"m1"_s);
     QTRY_COMPARE(chat.message(1).deliveryStatus, DeliveryStatus::failed);
     QCOMPARE(chat.bodySentTo(target),
              (QJsonObject{{"user_id", 7}, {"content", " /export"}, {"type", "text"}, {"reply_to", "m1"}}));
@@ -106,7 +107,7 @@ void TestChatSending::aReplyNamesItsMessageAndClosesTheBanner() {
 void TestChatSending::aTextThatFailsIsQueuedWithTheKeyOfItsRequest() {
     OpenChat chat;
     chat.http.answerNext(ScriptedAnswer::of(200, "{}"));
-    chat.screen->inputText = QStringLiteral("hello");
+    chat.screen->inputText = u"hello"_s;
     chat.screen->sendMessage();
     const QString id = chat.message(0).id;
     QTRY_COMPARE(chat.message(0).deliveryStatus, DeliveryStatus::failed);
@@ -134,28 +135,27 @@ void TestChatSending::theDirectLinkComesAfterTheServer() {
     QFETCH(int, answer);
     QFETCH(int, direct);
     DirectPeer peer;
-    OpenChat chat({}, QStringLiteral("7"), ChatType(type));
+    OpenChat chat({}, u"7"_s, ChatType(type));
     MessengerP2PDataChannel linked(chat.session, 0, peer.channel.listenedPort());
     ChatParts parts = chat.chatParts();
     parts.directChannel = [&]() -> MessengerP2PDataChannel & { return linked; };
-    const auto screen = std::make_shared<MessengerChatView>(chat.screen->chat, chat.screen->contacts,
-                                                            QStringLiteral("7"), parts);
-    linked.connect(QStringLiteral("9"), QStringLiteral("127.0.0.1"));
+    const auto screen =
+        std::make_shared<MessengerChatView>(chat.screen->chat, chat.screen->contacts, u"7"_s, parts);
+    linked.connect(u"9"_s, u"127.0.0.1"_s);
     QTRY_COMPARE(linked.connectedPeerIds(), QSet<QString>{"9"});
     chat.http.answerNext(ScriptedAnswer::of(answer, R"({"message":{}})"));
-    screen->inputText = QStringLiteral("hello");
+    screen->inputText = u"hello"_s;
     screen->sendMessage();
     QTRY_COMPARE(screen->messages.at(0).deliveryStatus, DeliveryStatus::sent);
     // A last message of its own tells that whatever went before it has arrived.
-    QVERIFY(linked.send(QStringLiteral("9"), QStringLiteral("c"), {{"id", "last"}}));
-    QTRY_VERIFY(!peer.received.isEmpty() &&
-                json::text(peer.received.last(), u"id") == QStringLiteral("last"));
+    QVERIFY(linked.send(u"9"_s, u"c"_s, {{"id", "last"}}));
+    QTRY_VERIFY(!peer.received.isEmpty() && json::text(peer.received.last(), u"id") == u"last"_s);
     QCOMPARE(peer.received.size(), direct + 1);
     if (direct == 0)
         return;
     QJsonObject record = peer.received.first();
     QVERIFY(json::number(record, u"created_at").value() > 1.7e9);
-    record.remove(QStringLiteral("created_at"));
+    record.remove(u"created_at"_s);
     QCOMPARE(record, (QJsonObject{{"id", screen->messages.at(0).id},
                                   {"sender_id", "7"},
                                   {"content", "hello"},
@@ -182,48 +182,48 @@ void TestChatSending::stickersAndPollsAreSentOnceAndNeverQueued() {
     chat.screen->replyTo(chat.message(0));
     chat.http.answerNext(ScriptedAnswer::of(200, answer));
     if (sticker)
-        chat.screen->sendSticker(QStringLiteral("🐕‍🦺"));
+        chat.screen->sendSticker(u"🐕‍🦺"_s);
     else
         chat.screen->sendPoll(poll(false));
     QCOMPARE(chat.message(1).deliveryStatus, DeliveryStatus::sending);
     QTRY_COMPARE(chat.message(1).deliveryStatus, sent ? DeliveryStatus::sent : DeliveryStatus::failed);
     QVERIFY(chat.screen->replyToMessage.value() && !chat.message(1).replyToID);
     const QJsonObject body = chat.bodySentTo(target);
-    QCOMPARE(json::text(body, u"type"), sticker ? QStringLiteral("sticker") : QStringLiteral("poll"));
+    QCOMPARE(json::text(body, u"type"), sticker ? u"sticker"_s : u"poll"_s);
     const QString content = json::text(body, u"content").value();
     if (sticker)
-        QCOMPARE(content, QStringLiteral("🐕‍🦺"));
+        QCOMPARE(content, u"🐕‍🦺"_s);
     else
         QVERIFY(derived::fromJson<MessengerPoll>(json::parseObject(content.toUtf8()).value()) == poll(false));
     QVERIFY(chat.http.lastRequest().headers.value("idempotency-key") != chat.message(1).id.toUtf8());
     const qsizetype requests = chat.http.requests().size();
     launch(chat.queue.drain());
-    chat.screen->sendSticker(QStringLiteral("x"));
+    chat.screen->sendSticker(u"x"_s);
     QTRY_COMPARE(chat.http.requests().size(), requests + 1);
 }
 
 void TestChatSending::aVoteIsToldOptionByOption() {
     OpenChat chat;
-    chat.socket.connect(QStringLiteral("tok"));
+    chat.socket.connect(u"tok"_s);
     chat.screen->sendPoll(poll(false));
     QTRY_COMPARE(chat.events.connections(), 1);
     chat.screen->votePoll(poll(true));
     QVERIFY(chat.message(0).poll == poll(true));
-    const QList<QJsonObject> votes = chat.frames(QStringLiteral("poll_vote"));
+    const QList<QJsonObject> votes = chat.frames(u"poll_vote"_s);
     QCOMPARE(votes.size(), 2);
     QCOMPARE(votes.first(), (QJsonObject{{"type", "poll_vote"},
                                          {"user_id", "7"},
                                          {"poll_id", "p"},
                                          {"option_id", "a"},
                                          {"chat_id", "c"}}));
-    QCOMPARE(json::text(votes.last(), u"option_id"), QStringLiteral("d"));
+    QCOMPARE(json::text(votes.last(), u"option_id"), u"d"_s);
     // Taken back: the list changes, nobody is told.
     chat.screen->votePoll(poll(false));
     QVERIFY(chat.message(0).poll == poll(false));
     MessengerPoll unknown = poll(true);
-    unknown.id = QStringLiteral("other");
+    unknown.id = u"other"_s;
     chat.screen->votePoll(unknown);
-    QCOMPARE(chat.frames(QStringLiteral("poll_vote")).size(), 2);
+    QCOMPARE(chat.frames(u"poll_vote"_s).size(), 2);
 }
 
 ORVANE_TEST_MAIN(TestChatSending)

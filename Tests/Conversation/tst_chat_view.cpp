@@ -5,6 +5,8 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -14,15 +16,15 @@ const QByteArray postTarget = "/api/messenger/chats/c/messages";
 
 MessengerChat directChat() {
     MessengerChat chat;
-    chat.id = QStringLiteral("c");
-    chat.participants = {QStringLiteral("7"), QStringLiteral("9")};
+    chat.id = u"c"_s;
+    chat.participants = {u"7"_s, u"9"_s};
     return chat;
 }
 
-std::shared_ptr<MessengerChatView> open(OpenChatParts &parts, const QString &user = QStringLiteral("7")) {
+std::shared_ptr<MessengerChatView> open(OpenChatParts &parts, const QString &user = u"7"_s) {
     MessengerUser ben;
-    ben.id = QStringLiteral("9");
-    ben.displayName = QStringLiteral("Ben");
+    ben.id = u"9"_s;
+    ben.displayName = u"Ben"_s;
     return std::make_shared<MessengerChatView>(directChat(), Contacts{{ben.id, ben}}, user,
                                                parts.chatParts());
 }
@@ -36,8 +38,8 @@ std::shared_ptr<MessengerChatView> openChecked(OpenChatParts &parts) {
 }
 
 QByteArray record(const char *id, const char *sender, double time, const char *text = "hi") {
-    return QStringLiteral(R"({"id":"%1","sender_id":"%2","content":"%3","created_at":%4})")
-        .arg(QLatin1String(id), QLatin1String(sender), QLatin1String(text))
+    return uR"({"id":"%1","sender_id":"%2","content":"%3","created_at":%4})"_s
+        .arg(QLatin1StringView(id), QLatin1StringView(sender), QLatin1StringView(text))
         .arg(time, 0, 'f', 3)
         .toUtf8();
 }
@@ -59,7 +61,7 @@ QStringList ids(const MessengerChatView &screen) {
 }
 
 QStringList receipts(const OpenChatParts &parts) {
-    return parts.events.frames(0).filter(QStringLiteral("read_receipt"));
+    return parts.events.frames(0).filter(u"read_receipt"_s);
 }
 
 } // namespace
@@ -91,7 +93,7 @@ private Q_SLOTS:
 
 void TestChatView::historyIsSortedAndReadUpToTheOthersLastMessage() {
     OpenChatParts parts;
-    parts.socket.connect(QStringLiteral("tok"));
+    parts.socket.connect(u"tok"_s);
     const auto screen = open(parts);
     parts.http.answerNext(
         ScriptedAnswer::of(200, history({record("m3", "7", 30), record("m1", "9", 10.25), "{}",
@@ -120,14 +122,14 @@ void TestChatView::noReceiptWithoutAMessageOfSomebodyElse() {
     QFETCH(QByteArray, body);
     QFETCH(int, count);
     OpenChatParts parts;
-    parts.socket.connect(QStringLiteral("tok"));
+    parts.socket.connect(u"tok"_s);
     const auto screen = open(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, body));
     load(*screen);
     QCOMPARE(screen->messages.count(), count);
     // Whatever had been sent would stand before this frame.
-    parts.socket.send({{QStringLiteral("type"), QStringLiteral("mark")}});
-    QTRY_COMPARE(parts.events.frames(0).filter(QStringLiteral("mark")).size(), 1);
+    parts.socket.send({{u"type"_s, u"mark"_s}});
+    QTRY_COMPARE(parts.events.frames(0).filter(u"mark"_s).size(), 1);
     QVERIFY(receipts(parts).isEmpty());
 }
 
@@ -144,18 +146,18 @@ void TestChatView::aHistoryThatCanNotBeHadIsReplacedByTheSample_data() {
 void TestChatView::aHistoryThatCanNotBeHadIsReplacedByTheSample() {
     QFETCH(QByteArray, answer);
     OpenChatParts parts;
-    parts.socket.connect(QStringLiteral("tok"));
+    parts.socket.connect(u"tok"_s);
     const auto screen = open(parts);
     // The network library asks again by itself when a connection ends without a word of HTTP.
     parts.http.answerFor("/api/messenger/chats/c/messages", ScriptedAnswer::raw(answer));
     load(*screen);
     QCOMPARE(screen->messages.count(), 3);
-    QCOMPARE(screen->messages.at(0).senderID, QStringLiteral("9"));
-    QCOMPARE(screen->messages.at(1).content, QStringLiteral("Almost done!"));
-    QCOMPARE(screen->messages.at(1).senderID, QStringLiteral("7"));
+    QCOMPARE(screen->messages.at(0).senderID, u"9"_s);
+    QCOMPARE(screen->messages.at(1).content, u"Almost done!"_s);
+    QCOMPARE(screen->messages.at(1).senderID, u"7"_s);
     QCOMPARE(screen->messages.at(0).timestamp.secsTo(screen->messages.at(2).timestamp), 1800);
-    parts.socket.send({{QStringLiteral("type"), QStringLiteral("mark")}});
-    QTRY_COMPARE(parts.events.frames(0).filter(QStringLiteral("mark")).size(), 1);
+    parts.socket.send({{u"type"_s, u"mark"_s}});
+    QTRY_COMPARE(parts.events.frames(0).filter(u"mark"_s).size(), 1);
     QVERIFY(receipts(parts).isEmpty());
 }
 
@@ -179,7 +181,7 @@ void TestChatView::aTextGoesOutAsTyped_data() {
                                  << "  hello \n"
                                  << qint64(7);
     QTest::newRow("emoji, quotes, right to left")
-        << "7" << QStringLiteral("👩‍👩‍👧 \"\\ שלום\u202e") << qint64(7);
+        << "7" << u"👩‍👩‍👧 \"\\ שלום\u202e"_s << qint64(7);
     QTest::newRow("user id that is none") << "me"
                                           << "x" << qint64(0);
     QTest::newRow("a million letters") << "7" << QString(1'000'000, u'ж') << qint64(7);
@@ -251,7 +253,7 @@ void TestChatView::theAnswerDecidesTheStatus() {
     OpenChatParts parts;
     const auto screen = open(parts);
     parts.http.answerNext(ScriptedAnswer::of(status, body));
-    screen->inputText = QStringLiteral("x");
+    screen->inputText = u"x"_s;
     screen->sendMessage();
     const QString id = screen->messages.at(0).id;
     QTRY_COMPARE(int(screen->messages.at(0).deliveryStatus), expected);
@@ -263,10 +265,10 @@ void TestChatView::twoSendsAreSettledEachByItsOwnAnswer() {
     const auto screen = openChecked(parts);
     parts.http.answerNext(ScriptedAnswer::of(200, R"({"message":{}})").heldBack());
     parts.http.answerNext(ScriptedAnswer::of(200, R"({"message":{}})"));
-    screen->inputText = QStringLiteral("first");
+    screen->inputText = u"first"_s;
     screen->sendMessage();
     QTRY_COMPARE(parts.http.requests().size(), 1);
-    screen->inputText = QStringLiteral("second");
+    screen->inputText = u"second"_s;
     screen->sendMessage();
     QTRY_COMPARE(screen->messages.at(1).deliveryStatus, DeliveryStatus::sent);
     QCOMPARE(screen->messages.at(0).deliveryStatus, DeliveryStatus::sending);
@@ -280,7 +282,7 @@ void TestChatView::aSendOutlivesItsScreen() {
     const std::weak_ptr<MessengerChatView> watched = screen;
     parts.http.answerNext(ScriptedAnswer::of(200, R"({"message":{}})").heldBack());
     parts.http.answerNext(ScriptedAnswer::of(200, history({})).heldBack());
-    screen->inputText = QStringLiteral("x");
+    screen->inputText = u"x"_s;
     screen->sendMessage();
     screen->loadMessages();
     QTRY_COMPARE(parts.http.requests().size(), 2);
@@ -374,7 +376,7 @@ void TestChatView::tenThousandEventsWhileHistoryLoadsLoseNothingOfIt() {
                                                 record("live", "9", 11) + "}")
                                   .value();
     for (int i = 0; i < 10'000; ++i)
-        Q_EMIT parts.socket.events(WSEvent{QStringLiteral("messenger_message"), event});
+        Q_EMIT parts.socket.events(WSEvent{u"messenger_message"_s, event});
     QCOMPARE(screen->messages.count(), 10'000);
     parts.http.release();
     QTRY_COMPARE(ids(*screen), (QStringList{"m1", "m2"}));

@@ -3,6 +3,8 @@
 
 #include <QDesktopServices>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestLinks : public QObject {
@@ -49,19 +51,19 @@ void TestLinks::linksEndWhereTheirAddressesDo() {
     QStringList found;
     for (const Link &link : Link::in(text)) {
         found.append(link.address());
-        QVERIFY(text.mid(link.start, link.length).startsWith(QStringLiteral("http"), Qt::CaseInsensitive));
+        QVERIFY(text.mid(link.start, link.length).startsWith(u"http"_s, Qt::CaseInsensitive));
     }
     QCOMPARE(found, addresses);
 }
 
 void TestLinks::whatMisleadsIsNoLink_data() {
     QTest::addColumn<QString>("text");
-    QTest::newRow("name before the host") << QStringLiteral("https://bank.example@evil.example/");
-    QTest::newRow("password too") << QStringLiteral("https://a:b@evil.example/");
-    QTest::newRow("script") << QStringLiteral("javascript:alert(1) data:text/html,x vbscript:x");
-    QTest::newRow("file") << QStringLiteral("file:///etc/passwd ftp://a.example smb://a.example");
-    QTest::newRow("percent sign in the host") << QStringLiteral("https://a%zz.example/");
-    QTest::newRow("no port") << QStringLiteral("https://a.example:99999999/");
+    QTest::newRow("name before the host") << u"https://bank.example@evil.example/"_s;
+    QTest::newRow("password too") << u"https://a:b@evil.example/"_s;
+    QTest::newRow("script") << u"javascript:alert(1) data:text/html,x vbscript:x"_s;
+    QTest::newRow("file") << u"file:///etc/passwd ftp://a.example smb://a.example"_s;
+    QTest::newRow("percent sign in the host") << u"https://a%zz.example/"_s;
+    QTest::newRow("no port") << u"https://a.example:99999999/"_s;
 }
 
 void TestLinks::whatMisleadsIsNoLink() {
@@ -72,10 +74,10 @@ void TestLinks::whatMisleadsIsNoLink() {
 void TestLinks::onlyWebAddressesAreOpened_data() {
     QTest::addColumn<QString>("address");
     QTest::addColumn<bool>("opens");
-    QTest::newRow("https") << QStringLiteral("https://a.example/x") << true;
-    QTest::newRow("file") << QStringLiteral("file:///etc/passwd") << false;
-    QTest::newRow("more than an address") << QStringLiteral("https://a.example x") << false;
-    QTest::newRow("turned around") << QStringLiteral("https://a.example/\u202Egpj.exe") << false;
+    QTest::newRow("https") << u"https://a.example/x"_s << true;
+    QTest::newRow("file") << u"file:///etc/passwd"_s << false;
+    QTest::newRow("more than an address") << u"https://a.example x"_s << false;
+    QTest::newRow("turned around") << u"https://a.example/\u202Egpj.exe"_s << false;
     QTest::newRow("empty") << QString() << false;
 }
 
@@ -84,20 +86,20 @@ void TestLinks::onlyWebAddressesAreOpened() {
     QFETCH(bool, opens);
     m_opened.clear();
     for (const char *scheme : {"http", "https", "file"})
-        QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "opened");
+        QDesktopServices::setUrlHandler(QLatin1StringView(scheme), this, "opened");
     Link::open(address);
     for (const char *scheme : {"http", "https", "file"})
-        QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
+        QDesktopServices::unsetUrlHandler(QLatin1StringView(scheme));
     QCOMPARE(m_opened, opens ? QStringList{address} : QStringList());
 }
 
 void TestLinks::manyLinksInAHugeText() {
-    QCOMPARE(Link::in(QStringLiteral("https://a.example/b ").repeated(20'000)).size(), 20'000);
+    QCOMPARE(Link::in(u"https://a.example/b "_s.repeated(20'000)).size(), 20'000);
     // One address as long as a message may be, and one that never gets to its host.
-    QCOMPARE(Link::in(QStringLiteral("https://a.example/") + QString(1'000'000, u'(')).size(), 1);
-    QCOMPARE(Link::in(QStringLiteral("https://a.example/(b)") + QString(1'000'000, u')')).first().address(),
-             QStringLiteral("https://a.example/(b)"));
-    QVERIFY(Link::in(QStringLiteral("http:/").repeated(200'000)).isEmpty());
+    QCOMPARE(Link::in(u"https://a.example/"_s + QString(1'000'000, u'(')).size(), 1);
+    QCOMPARE(Link::in(u"https://a.example/(b)"_s + QString(1'000'000, u')')).first().address(),
+             u"https://a.example/(b)"_s);
+    QVERIFY(Link::in(u"http:/"_s.repeated(200'000)).isEmpty());
 }
 
 ORVANE_TEST_MAIN(TestLinks)

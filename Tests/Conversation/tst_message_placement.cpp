@@ -1,6 +1,8 @@
 #include "Conversation/MessagePlacement.h"
 #include "Support/TestMain.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestMessagePlacement : public QObject {
@@ -54,7 +56,7 @@ void TestMessagePlacement::neighboursDecide() {
             letters += u's';
         if (placement.endsRun)
             letters += u'e';
-        found.append(letters.isEmpty() ? QStringLiteral("-") : letters);
+        found.append(letters.isEmpty() ? u"-"_s : letters);
     }
     QCOMPARE(found.join(u' '), placements);
 }

@@ -5,11 +5,13 @@
 #include <QAbstractItemModelTester>
 #include <QRandomGenerator>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
-MessengerMessage message(const QString &id, const QString &sender, const QString &text = QStringLiteral("hi"),
+MessengerMessage message(const QString &id, const QString &sender, const QString &text = u"hi"_s,
                          int minute = 0) {
     MessengerMessage message;
     message.id = id;
@@ -75,7 +77,7 @@ private Q_SLOTS:
 
 /// Neighbours, quotes, pins and translations: whatever is told of less than it changes is seen here.
 void TestMessageRows::rowsTellOfAllThatChangesThem() {
-    OpenChat chat({}, QStringLiteral("7"), ChatType::group);
+    OpenChat chat({}, u"7"_s, ChatType::group);
     MessengerChatView &screen = *chat.screen;
     MessageRows &rows = *screen.rows();
     const QAbstractItemModelTester tester(&rows, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -91,7 +93,7 @@ void TestMessageRows::rowsTellOfAllThatChangesThem() {
         case 0:
         case 1: {
             MessengerMessage next = message(QString::number(step), QString::number(7 + random.bounded(2)),
-                                            QStringLiteral("text %1").arg(step), step * random.bounded(4));
+                                            u"text %1"_s.arg(step), step * random.bounded(4));
             if (random.bounded(2) == 0)
                 next.replyToID = id;
             screen.messages.append(next);
@@ -101,7 +103,7 @@ void TestMessageRows::rowsTellOfAllThatChangesThem() {
             screen.removeAll(id);
             break;
         case 3:
-            screen.change(id, [&](MessengerMessage &record) { record.content += QStringLiteral(" edited"); });
+            screen.change(id, [&](MessengerMessage &record) { record.content += u" edited"_s; });
             break;
         case 4:
             screen.pinnedMessageIDs = QSet{id};
@@ -112,7 +114,7 @@ void TestMessageRows::rowsTellOfAllThatChangesThem() {
         default: {
             QList<MessengerMessage> next = screen.messages.records();
             next.remove(place, std::min<qsizetype>(2, next.size() - place));
-            next.append(message(QString::number(step), QStringLiteral("9"), {}, step));
+            next.append(message(QString::number(step), u"9"_s, {}, step));
             screen.messages.assign(next);
         }
         }
@@ -123,10 +125,10 @@ void TestMessageRows::rowsTellOfAllThatChangesThem() {
 
 void TestMessageRows::aLongTextIsCutBetweenCharacters_data() {
     QTest::addColumn<QString>("character");
-    QTest::newRow("a surrogate pair") << QStringLiteral("😀");
-    QTest::newRow("a family") << QStringLiteral("👩‍👩‍👧");
-    QTest::newRow("a letter with marks") << QStringLiteral("e\u0301\u0323");
-    QTest::newRow("a flag") << QStringLiteral("🇩🇪");
+    QTest::newRow("a surrogate pair") << u"😀"_s;
+    QTest::newRow("a family") << u"👩‍👩‍👧"_s;
+    QTest::newRow("a letter with marks") << u"e\u0301\u0323"_s;
+    QTest::newRow("a flag") << u"🇩🇪"_s;
 }
 
 void TestMessageRows::aLongTextIsCutBetweenCharacters() {
@@ -134,7 +136,7 @@ void TestMessageRows::aLongTextIsCutBetweenCharacters() {
     for (qsizetype shift = 0; shift < character.size(); ++shift) {
         OpenChat chat;
         const QString text = QString(shift, u'x') + character.repeated(5000);
-        chat.screen->messages.append(message(QStringLiteral("m"), QStringLiteral("9"), text));
+        chat.screen->messages.append(message(u"m"_s, u"9"_s, text));
         QVERIFY(shown(chat, MessageRows::CutRole).toBool());
         const QString piece = shown(chat, MessageRows::TextRole).toString();
         QVERIFY(piece.endsWith(character));
@@ -147,10 +149,9 @@ void TestMessageRows::aLongTextIsCutBetweenCharacters() {
 
 void TestMessageRows::manyReactionsTakeLittleRoom() {
     OpenChat chat;
-    MessengerMessage record = message(QStringLiteral("m"), QStringLiteral("9"));
+    MessengerMessage record = message(u"m"_s, u"9"_s);
     for (int number = 0; number < 10'000; ++number)
-        record.reactions.append(
-            MessageReaction{QString(100'000, u'x'), {QStringLiteral("9"), QStringLiteral("7")}});
+        record.reactions.append(MessageReaction{QString(100'000, u'x'), {u"9"_s, u"7"_s}});
     chat.screen->messages.append(record);
     const QStringList labels = shown(chat, MessageRows::ReactionsRole).toStringList();
     QCOMPARE(labels.size(), 21);
@@ -161,13 +162,13 @@ void TestMessageRows::manyReactionsTakeLittleRoom() {
 
 void TestMessageRows::aRowIsSpokenWithItsState() {
     OpenChat chat;
-    MessengerMessage record = message(QStringLiteral("m"), QStringLiteral("9"), QStringLiteral("Tea?"));
+    MessengerMessage record = message(u"m"_s, u"9"_s, u"Tea?"_s);
     chat.screen->messages.append(record);
     QCOMPARE(shown(chat, MessageRows::SpokenRole), "Ben, Tea?, 12:00, received");
     chat.screen->pinnedMessageIDs = QSet{record.id};
     record.isStarred = true;
     record.editedAt = record.timestamp;
-    record.senderID = QStringLiteral("7");
+    record.senderID = u"7"_s;
     record.deliveryStatus = DeliveryStatus::read;
     chat.screen->messages.replace(0, record);
     QCOMPARE(shown(chat, MessageRows::SpokenRole), "You, Tea?, 12:00, edited, starred, pinned, read");

@@ -41,7 +41,7 @@ QJsonObject goodMessage() {
 } // namespace
 
 void TestOfflineQueueFile::aFileOfAnotherImplementationIsRead() {
-    const auto fixture = json::parseObject(QueueDesk::read(QStringLiteral(FIXTURES "/queue.json"))).value();
+    const auto fixture = json::parseObject(QueueDesk::read(u"" FIXTURES "/queue.json"_s)).value();
     QueueDesk desk;
     desk.secrets->items[desk.account] = QByteArray::fromHex(json::text(fixture, u"key")->toLatin1());
     const QByteArray file = QByteArray::fromHex(json::text(fixture, u"file")->toLatin1());

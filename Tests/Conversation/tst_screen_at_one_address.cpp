@@ -8,6 +8,8 @@
 
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -18,7 +20,7 @@ public:
     std::shared_ptr<MessengerChatView> screen(OpenChatParts &parts, const QString &chatID) {
         MessengerChat chat;
         chat.id = chatID;
-        auto *made = new (m_bytes.data()) MessengerChatView(chat, {}, QStringLiteral("7"), parts.chatParts());
+        auto *made = new (m_bytes.data()) MessengerChatView(chat, {}, u"7"_s, parts.chatParts());
         return {made, [](MessengerChatView *screen) { screen->~MessengerChatView(); }};
     }
 
@@ -48,7 +50,7 @@ void changeAll(MessengerChatView &screen, int round) {
     const QString text = QString::number(round);
     MessengerMessage message;
     message.id = text;
-    message.senderID = QStringLiteral("9");
+    message.senderID = u"9"_s;
     screen.messages.append(message);
     for (const QMetaProperty &observable : observables()) {
         const QVariant before = observable.read(&screen);
@@ -100,9 +102,8 @@ void TestScreenAtOneAddress::everyObservableIsHeardOfEveryScreen() {
             const QVariant seen = living->property(observable.name());
             const QVariant there = observable.read(shown.get());
             // What QML can't compare is compared by what it is.
-            QVERIFY2(
-                seen == there || (seen.typeId() != there.typeId() && seen.isValid() == there.isValid()),
-                qPrintable(QStringLiteral("%1, round %2").arg(QLatin1String(observable.name())).arg(round)));
+            QVERIFY2(seen == there || (seen.typeId() != there.typeId() && seen.isValid() == there.isValid()),
+                     qPrintable(u"%1, round %2"_s.arg(QLatin1StringView(observable.name())).arg(round)));
         }
     }
     living->setProperty("screen", QVariant::fromValue<QObject *>(nullptr));

@@ -15,7 +15,7 @@ namespace {
 
 // What another implementation wrote; fixtures/generate.py makes it.
 QJsonObject wire() {
-    QFile file(QStringLiteral(FIXTURES "/wire.json"));
+    QFile file(u"" FIXTURES "/wire.json"_s);
     if (!file.open(QIODevice::ReadOnly))
         qFatal("no fixtures");
     return *json::parseObject(file.readAll());

@@ -4,6 +4,8 @@
 
 #include <type_traits>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -152,14 +154,12 @@ void TestPrimitives::x25519() {
 
 void TestPrimitives::p256() {
     // The key pair of RFC 7517, appendix A.
-    const auto own = P256PrivateKey::fromRaw(
-        *fromBase64Url(QStringLiteral("870MB6gfuTJ4HtUnUvYMyJpr5eUZNP4Bk43bVdj3eAE")));
-    const QByteArray point = '\x04' +
-                             *fromBase64Url(QStringLiteral("MKBCTNIcKUSDii11ySs3526iDZ8AiTo7Tu6KPAqv7D4")) +
-                             *fromBase64Url(QStringLiteral("4Etl6SRW2YiLUrN5vfvVHuhp7x8PxltmWWlbbM4IFyM"));
+    const auto own =
+        P256PrivateKey::fromRaw(*fromBase64Url(u"870MB6gfuTJ4HtUnUvYMyJpr5eUZNP4Bk43bVdj3eAE"_s));
+    const QByteArray point = '\x04' + *fromBase64Url(u"MKBCTNIcKUSDii11ySs3526iDZ8AiTo7Tu6KPAqv7D4"_s) +
+                             *fromBase64Url(u"4Etl6SRW2YiLUrN5vfvVHuhp7x8PxltmWWlbbM4IFyM"_s);
     QCOMPARE(own->publicKey().x963(), point);
-    QCOMPARE(toBase64Url(own->raw().view().toByteArray()),
-             QStringLiteral("870MB6gfuTJ4HtUnUvYMyJpr5eUZNP4Bk43bVdj3eAE"));
+    QCOMPARE(toBase64Url(own->raw().view().toByteArray()), u"870MB6gfuTJ4HtUnUvYMyJpr5eUZNP4Bk43bVdj3eAE"_s);
     const P256PrivateKey other = P256PrivateKey::generate();
     QCOMPARE(hex(own->agree(other.publicKey())), hex(other.agree(own->publicKey())));
 

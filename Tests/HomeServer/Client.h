@@ -15,12 +15,14 @@
 // A server on a folder of its own, and people who talk to it over real connections.
 namespace orvane::homeserver::test {
 
+using namespace Qt::StringLiterals;
+
 struct Reply {
     int status = 0; // 0: no answer came
     QJsonObject json;
     QByteArray body;
 
-    QString error() const { return json.value(QLatin1StringView("error_code")).toString(); }
+    QString error() const { return json.value("error_code"_L1).toString(); }
 };
 
 using Headers = QList<std::pair<QByteArray, QByteArray>>;
@@ -55,7 +57,7 @@ Reply finish(QNetworkReply *reply);
 class Person {
 public:
     // Registers `username` with the password "secret-1".
-    Person(Site &site, const QString &username, const QString &device = QStringLiteral("device-1"));
+    Person(Site &site, const QString &username, const QString &device = u"device-1"_s);
 
     // The same account on another device.
     static Person signIn(Site &site, const QString &username, const QString &device);
@@ -88,7 +90,7 @@ private:
 
 // Where everybody meets, and the robots' names.
 inline QString lobby() {
-    return QStringLiteral("lobby");
+    return u"lobby"_s;
 }
 qint64 robotId(Person &person, const QString &username);
 

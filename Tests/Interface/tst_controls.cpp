@@ -2,6 +2,8 @@
 
 #include <QStyleHints>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -62,11 +64,11 @@ void TestControls::whateverTogglesEndsInTheModel() {
     QQuickItem *control = view.item("text", "It");
     const auto act = [&] {
         control->forceActiveFocus();
-        if (way == QLatin1String("pointer"))
+        if (way == "pointer"_L1)
             view.click("It");
-        else if (way == QLatin1String("Space"))
+        else if (way == "Space"_L1)
             view.press(Qt::Key_Space);
-        else if (way == QLatin1String("Return"))
+        else if (way == "Return"_L1)
             view.press(Qt::Key_Return);
         else
             QVERIFY(view.act("It", way));
@@ -153,7 +155,7 @@ void TestControls::aSymbolTellsItsName_data() {
 void TestControls::aSymbolTellsItsName() {
     QFETCH(QByteArray, place);
     QFETCH(bool, byKey);
-    const QString name = QStringLiteral("The long name of what it does");
+    const QString name = u"The long name of what it does"_s;
     ScreenWindow view;
     view.resize(300, 120);
     view.openLines("Item { clip: true; SymbolButton { symbol: 'plus'; text: '" + name.toUtf8() + "'; " +

@@ -4,6 +4,8 @@
 #include <QLocale>
 #include <QTimeZone>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestDisplayTimes : public QObject {
@@ -50,7 +52,7 @@ void TestDisplayTimes::theFormFollowsTheDistance() {
     QFETCH(QString, time);
     QFETCH(QString, brief);
     QFETCH(QString, day);
-    const QDateTime now = QDateTime::fromString(QStringLiteral("2026-03-04T23:30:00Z"), Qt::ISODate);
+    const QDateTime now = QDateTime::fromString(u"2026-03-04T23:30:00Z"_s, Qt::ISODate);
     const QDateTime then = QDateTime::fromString(time, Qt::ISODate);
     QCOMPARE(DisplayTimes::brief(then, now), brief);
     QCOMPARE(DisplayTimes::day(then, now), day);

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestTheme : public QObject {
@@ -59,8 +61,7 @@ void TestTheme::everyPairCanBeRead() {
         const double found = Theme::contrast(pair.ink, pair.ground);
         QVERIFY2(
             found >= pair.wanted,
-            qPrintable(
-                QStringLiteral("%1 on %2: %3").arg(QLatin1String(pair.name), pair.ground.name()).arg(found)));
+            qPrintable(u"%1 on %2: %3"_s.arg(QLatin1StringView(pair.name), pair.ground.name()).arg(found)));
     }
 }
 

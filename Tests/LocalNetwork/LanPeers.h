@@ -54,7 +54,7 @@ struct RawPeer {
 struct Heard : QStringList {
     explicit Heard(MessengerP2PDataChannel &channel) {
         channel.onMessage = [this](const QString &peer, const QString &chat, const QJsonObject &) {
-            append(peer + QLatin1Char('|') + chat);
+            append(peer + u'|' + chat);
         };
     }
 };

@@ -10,6 +10,8 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 using namespace std::chrono_literals;
 using homeserver::test::Person;
@@ -19,7 +21,7 @@ namespace {
 
 const QByteArray registerPath = "/api/messenger/p2p/register";
 const QByteArray discoverPath = "/api/messenger/p2p/discover";
-const auto noAddress = QStringLiteral("LAN IP не найден (нужен Wi‑Fi: 192.168.x.x / 10.x.x.x)");
+const auto noAddress = u"LAN IP не найден (нужен Wi‑Fi: 192.168.x.x / 10.x.x.x)"_s;
 
 /// These tests have loopback alone to meet on.
 bool isLoopback(const QString &host) {
@@ -109,9 +111,9 @@ void TestP2PLanService::onAndOffAtHome() {
     QCOMPARE(lan.stored("ot_p2p_enabled"), "true");
     QCOMPARE(lan.stored("ot_p2p_subnet"), "10.0.0.0/24");
     QCOMPARE(lan.service->peers.value().size(), 1);
-    QCOMPARE(lan.service->peers.value().first().value(QStringLiteral("local_ip")), QJsonValue("10.0.0.6"));
+    QCOMPARE(lan.service->peers.value().first().value(u"local_ip"_s), QJsonValue("10.0.0.6"));
     const auto seenByBert = [&] {
-        return bert.get("/api/messenger/p2p/discover").json.value(QStringLiteral("peers")).toArray().size();
+        return bert.get("/api/messenger/p2p/discover").json.value(u"peers"_s).toArray().size();
     };
     QCOMPARE(seenByBert(), 1);
 
@@ -324,12 +326,12 @@ void TestP2PLanService::signalsLinkUntilTheNextRefresh() {
 void TestP2PLanService::messagesArePostedAndLink() {
     Lan lan;
     QList<QJsonObject> posted;
-    connect(
-        &lan.centre, &NotificationCentre::posted, this, [&](const QString &name, const QJsonObject &info) {
-            QCOMPARE(name, "orvaneP2PMessage");
-            QVERIFY(lan.service->linkedPeerIds().contains(info.value(QStringLiteral("peer_id")).toString()));
-            posted.append(info);
-        });
+    connect(&lan.centre, &NotificationCentre::posted, this,
+            [&](const QString &name, const QJsonObject &info) {
+                QCOMPARE(name, "orvaneP2PMessage");
+                QVERIFY(lan.service->linkedPeerIds().contains(info.value(u"peer_id"_s).toString()));
+                posted.append(info);
+            });
     lan.enable();
     RawPeer peer(lan.channel.listenedPort(), "9");
     peer.say(messageWire("c"));
@@ -357,7 +359,7 @@ void TestP2PLanService::nothingIsPostedWhileOff() {
     Lan lan;
     QStringList chats;
     connect(&lan.centre, &NotificationCentre::posted, this, [&](const QString &, const QJsonObject &info) {
-        chats.append(info.value(QStringLiteral("chat_id")).toString());
+        chats.append(info.value(u"chat_id"_s).toString());
     });
     lan.enable();
     QStringList heard;

@@ -23,7 +23,7 @@ RecordKind kind(const char *name, const QByteArray &example, const QStringList &
 }
 
 QStringList names(const char *text) {
-    return QString::fromLatin1(text).split(QLatin1Char(' '));
+    return QString::fromLatin1(text).split(u' ');
 }
 
 constexpr char forwardInfo[] =

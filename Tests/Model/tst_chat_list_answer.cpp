@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QUuid>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -111,7 +113,7 @@ void TestChatListAnswer::becomesAChat_data() {
     row(R"(,"ai_enabled":false)", direct, none, 0, "", false);
     row(R"(,"ai_enabled":true,"federated":true,"zk_mode":true)", direct, none, 0, "ai federated zk", false);
     row(R"(,"participants":[{"user_id":-1},{"user_id":9223372036854775807,"name":"x"}])", direct,
-        {QStringLiteral("-1"), QStringLiteral("9223372036854775807")}, 0, "ai", false);
+        {u"-1"_s, u"9223372036854775807"_s}, 0, "ai", false);
     row(R"(,"unread_count":3.0)", direct, none, 3, "ai", false);
     row(R"(,"last_message":"a")", direct, none, 0, "ai", false);
     row(R"(,"last_msg_at":5)", direct, none, 0, "ai", false);
@@ -122,18 +124,18 @@ void TestChatListAnswer::becomesAChat() {
     QFETCH(QByteArray, keys);
     const QDateTime now = QDateTime::fromSecsSinceEpoch(1'700'000'000);
     const MessengerChat chat = CR::decode(answerWith(keys)).chats.at(1).toChat(now);
-    QCOMPARE(chat.id, QStringLiteral("3"));
+    QCOMPARE(chat.id, u"3"_s);
     QTEST(chat.type, "type");
     QTEST(chat.participants, "participants");
     QTEST(chat.unreadCount, "unreadCount");
     QStringList flags;
     if (chat.aiEnabled)
-        flags.append(QStringLiteral("ai"));
+        flags.append(u"ai"_s);
     if (chat.federated)
-        flags.append(QStringLiteral("federated"));
+        flags.append(u"federated"_s);
     if (chat.zkMode)
-        flags.append(QStringLiteral("zk"));
-    QTEST(flags.join(QLatin1Char(' ')), "flags");
+        flags.append(u"zk"_s);
+    QTEST(flags.join(u' '), "flags");
     QTEST(chat.lastMessage.has_value(), "hasPreview");
     QCOMPARE(chat.createdAt, now);
     QCOMPARE(chat.updatedAt, now);
@@ -145,11 +147,11 @@ void TestChatListAnswer::previewHasAFreshIdAndNoSender() {
         CR::decode(answerWith(R"(,"title":"","room_id":"!r","last_message":"Привет","last_msg_at":1.25)"));
     const MessengerChat chat = answer.chats.at(1).toChat(QDateTime::currentDateTime());
     QCOMPARE(chat.title, QString());
-    QCOMPARE(chat.roomId, QStringLiteral("!r"));
+    QCOMPARE(chat.roomId, u"!r"_s);
     MessengerMessage expected;
     expected.id = chat.lastMessage->id;
-    expected.chatID = QStringLiteral("3");
-    expected.content = QStringLiteral("Привет");
+    expected.chatID = u"3"_s;
+    expected.content = u"Привет"_s;
     expected.timestamp = QDateTime::fromMSecsSinceEpoch(1250);
     expected.deliveryStatus = DeliveryStatus::sent;
     QVERIFY(chat.lastMessage == expected);

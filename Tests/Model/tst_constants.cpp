@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestConstants : public QObject {
@@ -23,10 +25,10 @@ void TestConstants::themesComeInOrderWithTheirColours_data() {
     QTest::addColumn<QString>("rawValue");
     QTest::addColumn<ThemeColour>("background");
     QTest::addColumn<bool>("light");
-    QTest::newRow("orvane") << 0 << QStringLiteral("OrvaneTalk") << ThemeColour{0.05, 0.07, 0.06} << false;
-    QTest::newRow("midnight") << 1 << QStringLiteral("Midnight") << ThemeColour{0.08, 0.08, 0.15} << false;
-    QTest::newRow("dracula") << 2 << QStringLiteral("Dracula") << ThemeColour{0.16, 0.16, 0.21} << false;
-    QTest::newRow("nous") << 3 << QStringLiteral("Nous") << ThemeColour{0.97, 0.97, 0.98} << true;
+    QTest::newRow("orvane") << 0 << u"OrvaneTalk"_s << ThemeColour{0.05, 0.07, 0.06} << false;
+    QTest::newRow("midnight") << 1 << u"Midnight"_s << ThemeColour{0.08, 0.08, 0.15} << false;
+    QTest::newRow("dracula") << 2 << u"Dracula"_s << ThemeColour{0.16, 0.16, 0.21} << false;
+    QTest::newRow("nous") << 3 << u"Nous"_s << ThemeColour{0.97, 0.97, 0.98} << true;
 }
 
 void TestConstants::themesComeInOrderWithTheirColours() {
@@ -44,9 +46,9 @@ void TestConstants::themesComeInOrderWithTheirColours() {
 void TestConstants::unknownThemesAreNone_data() {
     QTest::addColumn<QString>("text");
     QTest::newRow("nothing") << QString();
-    QTest::newRow("lower case") << QStringLiteral("midnight");
-    QTest::newRow("case name") << QStringLiteral("orvane");
-    QTest::newRow("spaces") << QStringLiteral("Nous ");
+    QTest::newRow("lower case") << u"midnight"_s;
+    QTest::newRow("case name") << u"orvane"_s;
+    QTest::newRow("spaces") << u"Nous "_s;
 }
 
 void TestConstants::unknownThemesAreNone() {
@@ -74,12 +76,12 @@ void TestConstants::sampleChatsAreTheFourOfTheTable() {
     const MessengerMessage &last = chat.lastMessage.value();
     const QStringList parts{chat.id,
                             rawText(chat.type),
-                            chat.title ? QStringLiteral("titled") : QStringLiteral("untitled"),
+                            chat.title ? u"titled"_s : u"untitled"_s,
                             QString::number(chat.unreadCount),
                             last.senderID,
                             rawText(last.type),
                             last.content};
-    QTEST(parts.join(QLatin1Char(' ')), "summary");
+    QTEST(parts.join(u' '), "summary");
     QTEST(last.timestamp.secsTo(chat.createdAt), "age");
     QCOMPARE(last.chatID, chat.id);
     QCOMPARE(last.deliveryStatus, DeliveryStatus::sent);
@@ -91,13 +93,13 @@ void TestConstants::sampleChatsAreTheFourOfTheTable() {
 
 void TestConstants::samplePeopleAreFixed() {
     MessengerUser me;
-    me.id = QStringLiteral("me");
-    me.displayName = QStringLiteral("Alex");
+    me.id = u"me"_s;
+    me.displayName = u"Alex"_s;
     me.status = UserStatus::offline;
     QVERIFY(MessengerMock::currentUser() == me);
     MessengerUser assistant;
-    assistant.id = QStringLiteral("ai_orvanetalk");
-    assistant.displayName = QStringLiteral("Orvane AI");
+    assistant.id = u"ai_orvanetalk"_s;
+    assistant.displayName = u"Orvane AI"_s;
     assistant.status = UserStatus::offline;
     assistant.isAI = true;
     QVERIFY(MessengerMock::aiAssistant() == assistant);

@@ -6,6 +6,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -14,19 +16,18 @@ namespace {
 const QList<QJsonValue> &oneOfEachType() {
     static const QList<QJsonValue> values{QJsonValue(),
                                           true,
-                                          QStringLiteral("no such value"),
+                                          u"no such value"_s,
                                           QJsonArray{1.5},
                                           QJsonArray{QJsonObject()},
                                           QJsonArray{QJsonValue()},
-                                          QJsonObject{{QStringLiteral("id"), 5}},
+                                          QJsonObject{{u"id"_s, 5}},
                                           1.5,
                                           1e300};
     return values;
 }
 
 bool isText(const QJsonValue &value, const QString &key) {
-    static const QStringList closedSets{QStringLiteral("type"), QStringLiteral("status"),
-                                        QStringLiteral("deliveryStatus")};
+    static const QStringList closedSets{u"type"_s, u"status"_s, u"deliveryStatus"_s};
     return value.isString() && !closedSets.contains(key);
 }
 
@@ -98,7 +99,7 @@ void TestDerivedJson::handWrittenBytesAreReadAndWrittenAgain() {
     QJsonObject example = json::parseObject(tested.example).value();
     QCOMPARE(tested.again(example), example);
     const QJsonObject plain = example;
-    example.insert(QStringLiteral("unknown"), QJsonObject{{QStringLiteral("id"), 1}});
+    example.insert(u"unknown"_s, QJsonObject{{u"id"_s, 1}});
     QCOMPARE(tested.again(example), plain);
     QVERIFY(tested.equal(example, plain));
     QCOMPARE(tested.hash(example), tested.hash(plain));
@@ -157,13 +158,13 @@ void TestDerivedJson::equalityAndHashSeeEveryField() {
     else if (value.isObject())
         other.insert(key, QJsonObject());
     else if (isText(value, key))
-        other.insert(key, value.toString() + QLatin1Char('x'));
+        other.insert(key, value.toString() + u'x');
     else if (key == u"deliveryStatus")
-        other.insert(key, QStringLiteral("failed"));
+        other.insert(key, u"failed"_s);
     else if (key == u"status")
-        other.insert(key, QStringLiteral("online"));
+        other.insert(key, u"online"_s);
     else
-        other.insert(key, kind == u"MessengerChat" ? QStringLiteral("direct") : QStringLiteral("file"));
+        other.insert(key, kind == u"MessengerChat" ? u"direct"_s : u"file"_s);
     QVERIFY(other != example);
     QVERIFY(!tested.equal(example, other));
     QVERIFY(tested.hash(example) != tested.hash(other));
@@ -171,28 +172,27 @@ void TestDerivedJson::equalityAndHashSeeEveryField() {
 
 void TestDerivedJson::rawValuesAreExact_data() {
     QTest::addColumn<QString>("raw");
-    QTest::newRow("capital") << QStringLiteral("Image");
+    QTest::newRow("capital") << u"Image"_s;
     QTest::newRow("empty") << QString();
-    QTest::newRow("space") << QStringLiteral(" image");
-    QTest::newRow("space after") << QStringLiteral("image ");
-    QTest::newRow("qualified") << QStringLiteral("AttachmentType::image");
-    QTest::newRow("fully qualified") << QStringLiteral("orvane::AttachmentType::image");
-    QTest::newRow("two") << QStringLiteral("image|audio");
-    QTest::newRow("number") << QStringLiteral("0");
-    QTest::newRow("of another set") << QStringLiteral("aiRequest");
-    QTest::newRow("a character of nothing and more")
-        << QStringLiteral("image") + QChar(u'\0') + QLatin1Char('x');
+    QTest::newRow("space") << u" image"_s;
+    QTest::newRow("space after") << u"image "_s;
+    QTest::newRow("qualified") << u"AttachmentType::image"_s;
+    QTest::newRow("fully qualified") << u"orvane::AttachmentType::image"_s;
+    QTest::newRow("two") << u"image|audio"_s;
+    QTest::newRow("number") << u"0"_s;
+    QTest::newRow("of another set") << u"aiRequest"_s;
+    QTest::newRow("a character of nothing and more") << u"image"_s + QChar(u'\0') + u'x';
 }
 
 void TestDerivedJson::rawValuesAreExact() {
     QFETCH(QString, raw);
     QVERIFY(!fromRawText<AttachmentType>(raw));
-    QVERIFY(!derived::fromJson<Attachment>({{QStringLiteral("type"), raw}}));
+    QVERIFY(!derived::fromJson<Attachment>({{u"type"_s, raw}}));
 }
 
 void TestDerivedJson::everyRawValueIsKnown() {
     const auto known = []<typename E>(E last, const char *texts) {
-        const QStringList names = QString::fromLatin1(texts).split(QLatin1Char(' '));
+        const QStringList names = QString::fromLatin1(texts).split(u' ');
         QCOMPARE(int(names.size()), int(last) + 1);
         for (int value = 0; value <= int(last); ++value) {
             QCOMPARE(rawText(E(value)), names.at(value));
@@ -207,19 +207,18 @@ void TestDerivedJson::everyRawValueIsKnown() {
 }
 
 void TestDerivedJson::datesCountFrom2001() {
-    const auto poll = derived::fromJson<MessengerPoll>(
-        json::parseObject(kindNamed(QStringLiteral("MessengerPoll")).example).value());
-    QCOMPARE(poll->createdAt.toUTC().toString(Qt::ISODateWithMs), QStringLiteral("2001-01-01T00:00:00.000Z"));
+    const auto poll =
+        derived::fromJson<MessengerPoll>(json::parseObject(kindNamed(u"MessengerPoll"_s).example).value());
+    QCOMPARE(poll->createdAt.toUTC().toString(Qt::ISODateWithMs), u"2001-01-01T00:00:00.000Z"_s);
     const auto message = derived::fromJson<MessengerMessage>(
-        json::parseObject(kindNamed(QStringLiteral("MessengerMessage")).example).value());
-    QCOMPARE(message->timestamp.toUTC().toString(Qt::ISODateWithMs),
-             QStringLiteral("2024-01-02T00:00:00.500Z"));
+        json::parseObject(kindNamed(u"MessengerMessage"_s).example).value());
+    QCOMPARE(message->timestamp.toUTC().toString(Qt::ISODateWithMs), u"2024-01-02T00:00:00.500Z"_s);
 }
 
 void TestDerivedJson::votersAreASet() {
     const auto option = derived::fromJson<PollOption>(
         json::parseObject(R"({"id":"o","text":"t","voters":["b","a","b"]})").value());
-    QCOMPARE(option->voters, (QSet<QString>{QStringLiteral("a"), QStringLiteral("b")}));
+    QCOMPARE(option->voters, (QSet<QString>{u"a"_s, u"b"_s}));
     const auto otherOrder = derived::fromJson<PollOption>(
         json::parseObject(R"({"id":"o","text":"t","voters":["a","b"]})").value());
     QVERIFY(*option == *otherOrder);
@@ -265,7 +264,7 @@ void TestDerivedJson::screensSeeRawTextsAndUndefined() {
     const auto seen = [&](const char *name) {
         return meta.property(meta.indexOfProperty(name)).readOnGadget(&message);
     };
-    QCOMPARE(seen("type"), QVariant(QStringLiteral("aiResponse")));
+    QCOMPARE(seen("type"), QVariant(u"aiResponse"_s));
     QCOMPARE(seen("ttl"), QVariant(0.5));
     QVERIFY(!seen("poll").isValid());
     QVERIFY(seen("reactions").canConvert<QVariantList>());

@@ -3,19 +3,19 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
 QJsonObject with(const char *key, const char *value) {
-    QJsonObject raw{{QStringLiteral("id"), QStringLiteral("m1")},
-                    {QStringLiteral("sender_id"), QStringLiteral("7")},
-                    {QStringLiteral("content"), QStringLiteral("a")},
-                    {QStringLiteral("created_at"), 1.5}};
+    QJsonObject raw{
+        {u"id"_s, u"m1"_s}, {u"sender_id"_s, u"7"_s}, {u"content"_s, u"a"_s}, {u"created_at"_s, 1.5}};
     if (!value)
-        raw.remove(QLatin1String(key));
+        raw.remove(QLatin1StringView(key));
     else if (key)
-        raw.insert(QLatin1String(key), json::parse(value));
+        raw.insert(QLatin1StringView(key), json::parse(value));
     return raw;
 }
 
@@ -47,7 +47,7 @@ void TestMessageRecord::recordsWithoutARequiredKeyAreSkipped_data() {
 
 void TestMessageRecord::recordsWithoutARequiredKeyAreSkipped() {
     QFETCH(QJsonObject, raw);
-    QVERIFY(!MessengerMessage::fromHistory(QStringLiteral("3"), raw));
+    QVERIFY(!MessengerMessage::fromHistory(u"3"_s, raw));
 }
 
 void TestMessageRecord::optionalKeysFollowTheirRules_data() {
@@ -68,10 +68,10 @@ void TestMessageRecord::optionalKeysFollowTheirRules_data() {
     QTest::newRow("not edited") << with("edited", "false") << text << never;
     QTest::newRow("edited a number") << with("edited", "1") << text << never;
     QJsonObject both = with("edited_at", "2.25");
-    both.insert(QStringLiteral("edited"), false);
+    both.insert(u"edited"_s, false);
     QTest::newRow("edited_at wins over edited") << both << text << qint64(2250);
-    both.insert(QStringLiteral("edited_at"), QJsonValue());
-    both.insert(QStringLiteral("edited"), true);
+    both.insert(u"edited_at"_s, QJsonValue());
+    both.insert(u"edited"_s, true);
     QTest::newRow("edited_at null leaves edited") << both << text << qint64(1500);
     QTest::newRow("reactions no list")
         << with("reactions", "{\"emoji\":\"x\",\"user_id\":1}") << text << never;
@@ -79,7 +79,7 @@ void TestMessageRecord::optionalKeysFollowTheirRules_data() {
 
 void TestMessageRecord::optionalKeysFollowTheirRules() {
     QFETCH(QJsonObject, raw);
-    const auto message = MessengerMessage::fromHistory(QStringLiteral("3"), raw);
+    const auto message = MessengerMessage::fromHistory(u"3"_s, raw);
     QVERIFY(message);
     QTEST(message->type, "type");
     QTEST(message->editedAt ? message->editedAt->toMSecsSinceEpoch() : qint64(-1), "editedAtMs");
@@ -89,20 +89,20 @@ void TestMessageRecord::optionalKeysFollowTheirRules() {
 void TestMessageRecord::historyIsSentAndReadAndCarriesNothingElse() {
     QJsonObject raw = with("reactions", R"([{"emoji":"👍","user_id":7}])");
     for (const char *key : {"replyToID", "reply_to", "ttl", "isStarred", "poll", "chat_id", "attachment"})
-        raw.insert(QLatin1String(key), QStringLiteral("5"));
+        raw.insert(QLatin1StringView(key), u"5"_s);
     MessengerMessage expected;
-    expected.id = QStringLiteral("m1");
-    expected.chatID = QStringLiteral("3");
-    expected.senderID = QStringLiteral("7");
-    expected.content = QStringLiteral("a");
+    expected.id = u"m1"_s;
+    expected.chatID = u"3"_s;
+    expected.senderID = u"7"_s;
+    expected.content = u"a"_s;
     expected.timestamp = QDateTime::fromMSecsSinceEpoch(1500);
     MessageReaction reaction;
-    reaction.emoji = QStringLiteral("👍");
-    reaction.userIDs = {QStringLiteral("7")};
+    reaction.emoji = u"👍"_s;
+    reaction.userIDs = {u"7"_s};
     expected.reactions = {reaction};
     expected.isRead = true;
     expected.deliveryStatus = DeliveryStatus::sent;
-    QVERIFY(MessengerMessage::fromHistory(QStringLiteral("3"), raw) == expected);
+    QVERIFY(MessengerMessage::fromHistory(u"3"_s, raw) == expected);
 }
 
 void TestMessageRecord::reactionsAreFoldedByEmoji_data() {
@@ -128,16 +128,15 @@ void TestMessageRecord::reactionsAreFoldedByEmoji() {
     QFETCH(QByteArray, list);
     QStringList folded;
     for (const MessageReaction &reaction : MessengerMessage::parseReactions(json::parse(list).toArray()))
-        folded.append(reaction.emoji + QLatin1Char(' ') + reaction.userIDs.join(QLatin1Char(' ')));
+        folded.append(reaction.emoji + u' ' + reaction.userIDs.join(u' '));
     folded.sort();
-    QTEST(folded.join(QLatin1Char(';')), "folded");
+    QTEST(folded.join(u';'), "folded");
 }
 
 void TestMessageRecord::veryManyReactionsAreFolded() {
     QJsonArray list;
     for (int i = 0; i < 100'000; ++i)
-        list.append(
-            QJsonObject{{QStringLiteral("emoji"), QString::number(i % 50)}, {QStringLiteral("user_id"), i}});
+        list.append(QJsonObject{{u"emoji"_s, QString::number(i % 50)}, {u"user_id"_s, i}});
     const auto reactions = MessengerMessage::parseReactions(list);
     QCOMPARE(reactions.size(), 50);
     QCOMPARE(reactions.first().userIDs.size(), 2000);

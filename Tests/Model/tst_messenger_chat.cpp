@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestMessengerChat : public QObject {
@@ -26,9 +28,9 @@ void TestMessengerChat::displayNameTakesTheFirstRuleThatApplies_data() {
     QTest::addColumn<QStringList>("participants");
     QTest::addColumn<QString>("name");
     const QString absent;
-    const QString empty = QStringLiteral("");
-    const QString title = QStringLiteral("T");
-    const QStringList withAnna{QStringLiteral("1"), QStringLiteral("7")};
+    const QString empty = u""_s;
+    const QString title = u"T"_s;
+    const QStringList withAnna{u"1"_s, u"7"_s};
     const auto row = [](const char *name, ChatType type, const char *flags, const QString &chatTitle,
                         const QStringList &participants, const char *expected) {
         QTest::newRow(name) << type << QString::fromLatin1(flags) << chatTitle << participants
@@ -46,9 +48,9 @@ void TestMessengerChat::displayNameTakesTheFirstRuleThatApplies_data() {
     row("title", direct, "", title, withAnna, "T");
     row("empty title", group, "", empty, withAnna, "");
     row("direct with a contact", direct, "", absent, withAnna, "Anna");
-    row("direct with a stranger", direct, "", absent, {QStringLiteral("1"), QStringLiteral("9")}, "?");
-    row("direct with a stranger first", direct, "", absent, {QStringLiteral("9"), QStringLiteral("7")}, "?");
-    row("direct with oneself", direct, "", absent, {QStringLiteral("1"), QStringLiteral("1")}, "?");
+    row("direct with a stranger", direct, "", absent, {u"1"_s, u"9"_s}, "?");
+    row("direct with a stranger first", direct, "", absent, {u"9"_s, u"7"_s}, "?");
+    row("direct with oneself", direct, "", absent, {u"1"_s, u"1"_s}, "?");
     row("direct with nobody", direct, "", absent, {}, "?");
     row("group", group, "", absent, withAnna, "G 2");
     row("empty channel", channel, "", absent, {}, "G 0");
@@ -60,18 +62,18 @@ void TestMessengerChat::displayNameTakesTheFirstRuleThatApplies() {
     QFETCH(QString, title);
     QFETCH(QStringList, participants);
     MessengerUser anna;
-    anna.displayName = QStringLiteral("Anna");
+    anna.displayName = u"Anna"_s;
     MessengerUser myself;
-    myself.displayName = QStringLiteral("Myself");
-    const Contacts contacts{{QStringLiteral("7"), anna}, {QStringLiteral("1"), myself}};
+    myself.displayName = u"Myself"_s;
+    const Contacts contacts{{u"7"_s, anna}, {u"1"_s, myself}};
     MessengerChat chat;
     chat.type = type;
-    chat.federated = flags.contains(QLatin1String("federated"));
-    chat.zkMode = flags.contains(QLatin1String("zk"));
+    chat.federated = flags.contains("federated"_L1);
+    chat.zkMode = flags.contains("zk"_L1);
     if (!title.isNull())
         chat.title = title;
     chat.participants = participants;
-    QTEST(chat.displayName(QStringLiteral("1"), contacts), "name");
+    QTEST(chat.displayName(u"1"_s, contacts), "name");
 }
 
 void TestMessengerChat::aNameThatShowsNothingIsAChat_data() {
@@ -93,13 +95,13 @@ void TestMessengerChat::aNameThatShowsNothingIsAChat() {
     QFETCH(QString, title);
     MessengerChat chat;
     chat.title = title;
-    QTEST(chat.visibleName(QStringLiteral("1"), {}), "name");
+    QTEST(chat.visibleName(u"1"_s, {}), "name");
     // A person without a name is no better off.
     chat.title = std::nullopt;
-    chat.participants = {QStringLiteral("7")};
+    chat.participants = {u"7"_s};
     MessengerUser other;
     other.displayName = title;
-    QTEST(chat.visibleName(QStringLiteral("1"), {{QStringLiteral("7"), other}}), "name");
+    QTEST(chat.visibleName(u"1"_s, {{u"7"_s, other}}), "name");
 }
 
 void TestMessengerChat::aPersonHasOneColour_data() {
@@ -118,22 +120,20 @@ void TestMessengerChat::aPersonHasOneColour() {
     QFETCH(ChatType, type);
     QFETCH(QStringList, participants);
     MessengerChat chat;
-    chat.id = QStringLiteral("c");
+    chat.id = u"c"_s;
     chat.type = type;
     chat.participants = participants;
-    QTEST(chat.hueId(QStringLiteral("1")), "hueId");
+    QTEST(chat.hueId(u"1"_s), "hueId");
 }
 
 void TestMessengerChat::peerIsTheFirstOtherParticipant_data() {
     QTest::addColumn<QStringList>("participants");
     QTest::addColumn<QString>("peer");
-    const QString me = QStringLiteral("1");
+    const QString me = u"1"_s;
     QTest::newRow("nobody") << QStringList() << QString();
     QTest::newRow("only me") << QStringList{me, me} << QString();
-    QTest::newRow("first") << QStringList{QStringLiteral("2"), me, QStringLiteral("3")}
-                           << QStringLiteral("2");
-    QTest::newRow("later") << QStringList{me, QStringLiteral("01"), QStringLiteral("2")}
-                           << QStringLiteral("01");
+    QTest::newRow("first") << QStringList{u"2"_s, me, u"3"_s} << u"2"_s;
+    QTest::newRow("later") << QStringList{me, u"01"_s, u"2"_s} << u"01"_s;
 }
 
 void TestMessengerChat::peerIsTheFirstOtherParticipant() {
@@ -141,7 +141,7 @@ void TestMessengerChat::peerIsTheFirstOtherParticipant() {
     MessengerChat chat;
     chat.type = ChatType::group;
     chat.participants = participants;
-    QTEST(chat.peerId(QStringLiteral("1")), "peer");
+    QTEST(chat.peerId(u"1"_s), "peer");
 }
 
 QTEST_GUILESS_MAIN(TestMessengerChat)

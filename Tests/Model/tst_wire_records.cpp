@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestWireRecords : public QObject {
@@ -43,9 +45,7 @@ void TestWireRecords::foldersFillWhatIsMissing_data() {
 void TestWireRecords::foldersFillWhatIsMissing() {
     QFETCH(QByteArray, json);
     const auto folder = ChatFolder::fromAPI(json::parseObject(json).value());
-    QTEST(folder ? QStringLiteral("%1 %2 (%3)")
-                       .arg(folder->name, folder->icon, folder->chatIds.join(QLatin1Char(',')))
-                 : QString(),
+    QTEST(folder ? u"%1 %2 (%3)"_s.arg(folder->name, folder->icon, folder->chatIds.join(u',')) : QString(),
           "folder");
 }
 
@@ -71,8 +71,8 @@ void TestWireRecords::bundlesTakeStandardBase64Only_data() {
     row("the alphabet of URLs", text("_-_-"), refused);
     row("line end", text("AAEC\nAAEC"), refused);
     row("spaces", text("AA C"), refused);
-    row("foreign letters", QStringLiteral("ЖЖЖЖ"), refused);
-    row("a character of nothing", QString(QChar(u'\0')) + QStringLiteral("AEC"), refused);
+    row("foreign letters", u"ЖЖЖЖ"_s, refused);
+    row("a character of nothing", QString(QChar(u'\0')) + u"AEC"_s, refused);
     row("number", 1234, refused);
     row("null", QJsonValue(), refused);
     row("list", QJsonArray{0, 1, 2}, refused);
@@ -81,12 +81,11 @@ void TestWireRecords::bundlesTakeStandardBase64Only_data() {
 void TestWireRecords::bundlesTakeStandardBase64Only() {
     QFETCH(QJsonValue, value);
     QFETCH(QByteArray, bytes);
-    const QStringList keys{QStringLiteral("identity_key"), QStringLiteral("signed_pre_key"),
-                           QStringLiteral("signed_pre_key_signature")};
-    const QString oneTimeKey = QStringLiteral("one_time_pre_key");
+    const QStringList keys{u"identity_key"_s, u"signed_pre_key"_s, u"signed_pre_key_signature"_s};
+    const QString oneTimeKey = u"one_time_pre_key"_s;
     QJsonObject good{{oneTimeKey, value}};
     for (const QString &key : keys)
-        good.insert(key, QStringLiteral("a2V5"));
+        good.insert(key, u"a2V5"_s);
 
     const auto bundle = PreKeyBundle::from(good);
     QVERIFY(bundle);
@@ -100,9 +99,9 @@ void TestWireRecords::bundlesTakeStandardBase64Only() {
 
 void TestWireRecords::bundlesNeedTheirThreeKeys_data() {
     QTest::addColumn<QString>("missing");
-    QTest::newRow("identity") << QStringLiteral("identity_key");
-    QTest::newRow("signed") << QStringLiteral("signed_pre_key");
-    QTest::newRow("signature") << QStringLiteral("signed_pre_key_signature");
+    QTest::newRow("identity") << u"identity_key"_s;
+    QTest::newRow("signed") << u"signed_pre_key"_s;
+    QTest::newRow("signature") << u"signed_pre_key_signature"_s;
 }
 
 void TestWireRecords::bundlesNeedTheirThreeKeys() {

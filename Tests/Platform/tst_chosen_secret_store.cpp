@@ -5,12 +5,14 @@
 
 #include <QFile>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
-const QString service = QStringLiteral("com.orvanetalk.test");
-const QString account = QStringLiteral("a");
+const QString service = u"com.orvanetalk.test"_s;
+const QString account = u"a"_s;
 
 constexpr qint32 present = SecretStatus::success;
 constexpr qint32 gone = SecretStatus::notAvailable;
@@ -59,10 +61,9 @@ private Q_SLOTS:
 private:
     /// The store as a new start of the program finds it.
     ChosenSecretStore start(qint32 keyring) {
-        return ChosenSecretStore(
-            std::make_unique<Keyring>(m_keyring, keyring),
-            std::make_unique<FileSecretStore>(m_folder->filePath(QStringLiteral("secrets.json"))),
-            m_folder->path());
+        return ChosenSecretStore(std::make_unique<Keyring>(m_keyring, keyring),
+                                 std::make_unique<FileSecretStore>(m_folder->filePath(u"secrets.json"_s)),
+                                 m_folder->path());
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -77,7 +78,7 @@ void TestChosenSecretStore::init() {
 void TestChosenSecretStore::keyringIsTakenWhereOneAnswers() {
     QCOMPARE(start(present).add(service, account, {}, "1"), SecretStatus::success);
     QCOMPARE(m_keyring->items.value(account), "1");
-    QVERIFY(!QFile::exists(m_folder->filePath(QStringLiteral("secrets.json"))));
+    QVERIFY(!QFile::exists(m_folder->filePath(u"secrets.json"_s)));
 }
 
 void TestChosenSecretStore::fileIsTakenWhereNoneAnswers() {
@@ -130,7 +131,7 @@ void TestChosenSecretStore::firstItemGoesToTheFileWhileTheKeyringIsLocked() {
 }
 
 void TestChosenSecretStore::fileIsUsedBesideTheKeyringOnceAllowed() {
-    const QString other = QStringLiteral("b");
+    const QString other = u"b"_s;
     QCOMPARE(start(present).add(service, account, {}, "1"), SecretStatus::success);
     start(present).allowFile();
     for (const qint32 away : {gone, locked}) {
@@ -162,7 +163,7 @@ void TestChosenSecretStore::readingAloneChoosesNothing() {
 void TestChosenSecretStore::otherFailuresOfTheKeyringAreNoReasonToFallBack() {
     m_keyring->failingCall = 0;
     QCOMPARE(start(present).add(service, account, {}, "1"), m_keyring->failure);
-    QVERIFY(!QFile::exists(m_folder->filePath(QStringLiteral("secrets.json"))));
+    QVERIFY(!QFile::exists(m_folder->filePath(u"secrets.json"_s)));
     QCOMPARE(start(present).add(service, account, {}, "1"), SecretStatus::success);
     QCOMPARE(m_keyring->items.value(account), "1");
 }
@@ -179,7 +180,7 @@ void TestChosenSecretStore::damagedMarkersHideNoFile() {
     QFETCH(QByteArray, marker);
     QFETCH(qint32, keyring);
     QCOMPARE(start(gone).add(service, account, {}, "1"), SecretStatus::success);
-    QFile file(m_folder->filePath(QStringLiteral("secret-store")));
+    QFile file(m_folder->filePath(u"secret-store"_s));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(marker);
     file.close();

@@ -11,12 +11,14 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
-const QString service = QStringLiteral("com.orvanetalk.test");
-const QString label = QStringLiteral("a label");
+const QString service = u"com.orvanetalk.test"_s;
+const QString label = u"a label"_s;
 
 QByteArray contentsOf(const QString &path) {
     QFile file(path);
@@ -85,7 +87,7 @@ private:
 int TestFileSecretStore::child(const QStringList &arguments) {
     FileSecretStore store(arguments.at(0));
     for (int number = 0;; ++number) {
-        if (store.add(service, QStringLiteral("changing"), label, payload(number)) != SecretStatus::success)
+        if (store.add(service, u"changing"_s, label, payload(number)) != SecretStatus::success)
             return 1;
         if (number == 2)
             std::puts("going"), std::fflush(stdout);
@@ -94,12 +96,12 @@ int TestFileSecretStore::child(const QStringList &arguments) {
 
 void TestFileSecretStore::init() {
     m_folder = std::make_unique<QTemporaryDir>();
-    m_path = m_folder->filePath(QStringLiteral("new/folder/secrets.json"));
+    m_path = m_folder->filePath(u"new/folder/secrets.json"_s);
 }
 
 void TestFileSecretStore::bytesComeBackAfterARestart() {
     QFETCH(QByteArray, data);
-    const QString account = QStringLiteral("ключ \"1\"/\\");
+    const QString account = u"ключ \"1\"/\\"_s;
     QCOMPARE(FileSecretStore(m_path).copyMatching(service, account).status, SecretStatus::itemNotFound);
     QCOMPARE(FileSecretStore(m_path).remove(service, account), SecretStatus::itemNotFound);
     QCOMPARE(FileSecretStore(m_path).add(service, account, label, "before"), SecretStatus::success);
@@ -114,17 +116,17 @@ void TestFileSecretStore::bytesComeBackAfterARestart() {
 void TestFileSecretStore::itemsAreKeptApart() {
     FileSecretStore one(m_path);
     FileSecretStore other(m_path);
-    QCOMPARE(one.add(service, QStringLiteral("a"), label, "1"), SecretStatus::success);
-    QCOMPARE(other.add(service, QStringLiteral("A"), label, "2"), SecretStatus::success);
-    QCOMPARE(one.add(QStringLiteral("other"), QStringLiteral("a"), label, "3"), SecretStatus::success);
-    QCOMPARE(other.remove(service, QStringLiteral("A")), SecretStatus::success);
-    QCOMPARE(one.copyMatching(service, QStringLiteral("a")).data, "1");
-    QCOMPARE(other.copyMatching(QStringLiteral("other"), QStringLiteral("a")).data, "3");
+    QCOMPARE(one.add(service, u"a"_s, label, "1"), SecretStatus::success);
+    QCOMPARE(other.add(service, u"A"_s, label, "2"), SecretStatus::success);
+    QCOMPARE(one.add(u"other"_s, u"a"_s, label, "3"), SecretStatus::success);
+    QCOMPARE(other.remove(service, u"A"_s), SecretStatus::success);
+    QCOMPARE(one.copyMatching(service, u"a"_s).data, "1");
+    QCOMPARE(other.copyMatching(u"other"_s, u"a"_s).data, "3");
 }
 
 void TestFileSecretStore::fileBelongsToItsOwnerAlone() {
     FileSecretStore store(m_path);
-    QCOMPARE(store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::success);
+    QCOMPARE(store.add(service, u"a"_s, label, "1"), SecretStatus::success);
     const auto mode = [this] {
         struct stat status {};
         return ::stat(QFile::encodeName(m_path).constData(), &status) == 0 ? int(status.st_mode & 07777) : -1;
@@ -132,9 +134,9 @@ void TestFileSecretStore::fileBelongsToItsOwnerAlone() {
     QCOMPARE(mode(), 0600);
     // Somebody opened it up in the meantime.
     QCOMPARE(::chmod(QFile::encodeName(m_path).constData(), 0644), 0);
-    QCOMPARE(store.add(service, QStringLiteral("a"), label, "2"), SecretStatus::success);
+    QCOMPARE(store.add(service, u"a"_s, label, "2"), SecretStatus::success);
     QCOMPARE(mode(), 0600);
-    QCOMPARE(store.remove(service, QStringLiteral("a")), SecretStatus::success);
+    QCOMPARE(store.remove(service, u"a"_s), SecretStatus::success);
     QCOMPARE(mode(), 0600);
     QCOMPARE(QDir(QFileInfo(m_path).path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
 }
@@ -153,12 +155,12 @@ void TestFileSecretStore::damagedFilesAreToldAndKeptAside() {
     QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
     write(m_path, bytes);
     FileSecretStore store(m_path);
-    QCOMPARE(store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::damaged);
-    QCOMPARE(store.remove(service, QStringLiteral("a")), SecretStatus::damaged);
+    QCOMPARE(store.copyMatching(service, u"a"_s).status, SecretStatus::damaged);
+    QCOMPARE(store.remove(service, u"a"_s), SecretStatus::damaged);
     QCOMPARE(contentsOf(m_path), bytes);
-    QCOMPARE(store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::success);
-    QCOMPARE(store.copyMatching(service, QStringLiteral("a")).data, "1");
-    QCOMPARE(contentsOf(m_path + QStringLiteral(".damaged")), bytes);
+    QCOMPARE(store.add(service, u"a"_s, label, "1"), SecretStatus::success);
+    QCOMPARE(store.copyMatching(service, u"a"_s).data, "1");
+    QCOMPARE(contentsOf(m_path + u".damaged"_s), bytes);
 }
 
 void TestFileSecretStore::damagedItemsAreTold_data() {
@@ -173,41 +175,38 @@ void TestFileSecretStore::damagedItemsAreTold() {
     QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
     write(m_path, R"({"com.orvanetalk.test/a":)" + item + R"(,"com.orvanetalk.test/b":{"data":"MQ=="}})");
     FileSecretStore store(m_path);
-    QCOMPARE(store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::damaged);
-    QCOMPARE(store.copyMatching(service, QStringLiteral("b")).data, "1");
-    QCOMPARE(store.remove(service, QStringLiteral("a")), SecretStatus::success);
-    QCOMPARE(store.copyMatching(service, QStringLiteral("b")).data, "1");
+    QCOMPARE(store.copyMatching(service, u"a"_s).status, SecretStatus::damaged);
+    QCOMPARE(store.copyMatching(service, u"b"_s).data, "1");
+    QCOMPARE(store.remove(service, u"a"_s), SecretStatus::success);
+    QCOMPARE(store.copyMatching(service, u"b"_s).data, "1");
 }
 
 void TestFileSecretStore::failingWritesLoseNothing_data() {
     QTest::addColumn<QString>("obstacle");
-    QTest::newRow("a file stands where the folder should") << QStringLiteral("file");
-    QTest::newRow("a folder stands where the file should") << QStringLiteral("folder");
-    QTest::newRow("the disk is full") << QStringLiteral("full");
+    QTest::newRow("a file stands where the folder should") << u"file"_s;
+    QTest::newRow("a folder stands where the file should") << u"folder"_s;
+    QTest::newRow("the disk is full") << u"full"_s;
 }
 
 void TestFileSecretStore::failingWritesLoseNothing() {
     QFETCH(QString, obstacle);
     if (obstacle == u"file") {
-        write(m_folder->filePath(QStringLiteral("new")), "in the way");
-        QCOMPARE(FileSecretStore(m_path).add(service, QStringLiteral("a"), label, "1"),
-                 SecretStatus::notWritten);
-        QCOMPARE(contentsOf(m_folder->filePath(QStringLiteral("new"))), "in the way");
+        write(m_folder->filePath(u"new"_s), "in the way");
+        QCOMPARE(FileSecretStore(m_path).add(service, u"a"_s, label, "1"), SecretStatus::notWritten);
+        QCOMPARE(contentsOf(m_folder->filePath(u"new"_s)), "in the way");
     } else if (obstacle == u"folder") {
-        QVERIFY(QDir().mkpath(m_path + QStringLiteral("/kept")));
-        QCOMPARE(FileSecretStore(m_path).copyMatching(service, QStringLiteral("a")).status,
-                 SecretStatus::damaged);
-        QCOMPARE(FileSecretStore(m_path).add(service, QStringLiteral("a"), label, "1"),
-                 SecretStatus::success);
-        QVERIFY(QFileInfo::exists(m_path + QStringLiteral(".damaged/kept")));
+        QVERIFY(QDir().mkpath(m_path + u"/kept"_s));
+        QCOMPARE(FileSecretStore(m_path).copyMatching(service, u"a"_s).status, SecretStatus::damaged);
+        QCOMPARE(FileSecretStore(m_path).add(service, u"a"_s, label, "1"), SecretStatus::success);
+        QVERIFY(QFileInfo::exists(m_path + u".damaged/kept"_s));
     } else {
         FileSecretStore store(m_path);
-        QCOMPARE(store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::success);
+        QCOMPARE(store.add(service, u"a"_s, label, "1"), SecretStatus::success);
         const QByteArray before = contentsOf(m_path);
         // Nothing else may write while the limit holds, not even a failing test.
         const qint32 status = [&store] {
             const FileSizeLimit limit(100);
-            return store.add(service, QStringLiteral("b"), label, payload(1));
+            return store.add(service, u"b"_s, label, payload(1));
         }();
         QCOMPARE(status, SecretStatus::notWritten);
         QCOMPARE(contentsOf(m_path), before);
@@ -216,17 +215,17 @@ void TestFileSecretStore::failingWritesLoseNothing() {
 
 void TestFileSecretStore::killedWritersLoseNothing() {
     FileSecretStore store(m_path);
-    QCOMPARE(store.add(service, QStringLiteral("kept"), label, "kept"), SecretStatus::success);
+    QCOMPARE(store.add(service, u"kept"_s, label, "kept"), SecretStatus::success);
     for (int round = 0; round < 12; ++round) {
         QProcess writer;
-        writer.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--child"), m_path});
+        writer.start(QCoreApplication::applicationFilePath(), {u"--child"_s, m_path});
         QVERIFY(writer.waitForReadyRead(20'000));
         // Each round strikes at another moment of the writing.
         QVERIFY(!writer.waitForFinished(round));
         writer.kill();
         QVERIFY(writer.waitForFinished());
-        QCOMPARE(store.copyMatching(service, QStringLiteral("kept")).data, "kept");
-        const SecretStore::Match changing = store.copyMatching(service, QStringLiteral("changing"));
+        QCOMPARE(store.copyMatching(service, u"kept"_s).data, "kept");
+        const SecretStore::Match changing = store.copyMatching(service, u"changing"_s);
         QCOMPARE(changing.status, SecretStatus::success);
         QCOMPARE(changing.data, QByteArray(60'000, changing.data.at(0)));
     }

@@ -6,12 +6,14 @@
 
 #include <QSignalSpy>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
-const QString service = QStringLiteral("com.orvanetalk.test");
-const QString label = QStringLiteral("a label");
+const QString service = u"com.orvanetalk.test"_s;
+const QString label = u"a label"_s;
 
 } // namespace
 
@@ -40,9 +42,9 @@ private:
 };
 
 void TestSecretServiceStore::withoutABusNobodyAnswers() {
-    QCOMPARE(m_store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::notAvailable);
-    QCOMPARE(m_store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::notAvailable);
-    QCOMPARE(m_store.remove(service, QStringLiteral("a")), SecretStatus::notAvailable);
+    QCOMPARE(m_store.copyMatching(service, u"a"_s).status, SecretStatus::notAvailable);
+    QCOMPARE(m_store.add(service, u"a"_s, label, "1"), SecretStatus::notAvailable);
+    QCOMPARE(m_store.remove(service, u"a"_s), SecretStatus::notAvailable);
 }
 
 void TestSecretServiceStore::withoutADaemonNobodyAnswers() {
@@ -54,7 +56,7 @@ void TestSecretServiceStore::withoutADaemonNobodyAnswers() {
 
 void TestSecretServiceStore::bytesComeBack() {
     QFETCH(QByteArray, data);
-    const QString account = QStringLiteral("ключ \"1\"");
+    const QString account = u"ключ \"1\""_s;
     QCOMPARE(m_store.copyMatching(service, account).status, SecretStatus::itemNotFound);
     QCOMPARE(m_store.remove(service, account), SecretStatus::itemNotFound);
     QCOMPARE(m_store.add(service, account, label, "before"), SecretStatus::success);
@@ -67,43 +69,43 @@ void TestSecretServiceStore::bytesComeBack() {
 }
 
 void TestSecretServiceStore::itemsAreKeptApart() {
-    const QString a = QStringLiteral("a");
+    const QString a = u"a"_s;
     QCOMPARE(m_store.add(service, a, label, "1"), SecretStatus::success);
-    QCOMPARE(m_store.add(service, QStringLiteral("A"), label, "2"), SecretStatus::success);
-    QCOMPARE(m_store.add(QStringLiteral("other"), a, label, "3"), SecretStatus::success);
-    QCOMPARE(m_store.remove(QStringLiteral("other"), a), SecretStatus::success);
+    QCOMPARE(m_store.add(service, u"A"_s, label, "2"), SecretStatus::success);
+    QCOMPARE(m_store.add(u"other"_s, a, label, "3"), SecretStatus::success);
+    QCOMPARE(m_store.remove(u"other"_s, a), SecretStatus::success);
     QCOMPARE(m_store.copyMatching(service, a).data, "1");
-    QCOMPARE(m_store.copyMatching(service, QStringLiteral("A")).data, "2");
+    QCOMPARE(m_store.copyMatching(service, u"A"_s).data, "2");
 }
 
 void TestSecretServiceStore::labelIsForHumans() {
-    QCOMPARE(m_session.labelOf(service, QStringLiteral("a")), label);
+    QCOMPARE(m_session.labelOf(service, u"a"_s), label);
 }
 
 void TestSecretServiceStore::killedDaemonIsToldAndComesBackWithItsItems() {
     m_session.killDaemon();
-    QCOMPARE(m_store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::notAvailable);
-    QCOMPARE(m_store.add(service, QStringLiteral("b"), label, "1"), SecretStatus::notAvailable);
+    QCOMPARE(m_store.copyMatching(service, u"a"_s).status, SecretStatus::notAvailable);
+    QCOMPARE(m_store.add(service, u"b"_s, label, "1"), SecretStatus::notAvailable);
     QVERIFY(m_session.startDaemon());
     // The client learns of the new daemon through its event loop.
-    QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).data, "1");
-    QCOMPARE(m_store.add(service, QStringLiteral("b"), label, "2"), SecretStatus::success);
-    QCOMPARE(m_store.copyMatching(service, QStringLiteral("b")).data, "2");
+    QTRY_COMPARE(m_store.copyMatching(service, u"a"_s).data, "1");
+    QCOMPARE(m_store.add(service, u"b"_s, label, "2"), SecretStatus::success);
+    QCOMPARE(m_store.copyMatching(service, u"b"_s).data, "2");
 }
 
 void TestSecretServiceStore::lockedKeyringIsToldWithoutHanging() {
     m_session.lock();
-    QVERIFY(m_store.copyMatching(service, QStringLiteral("a")).status != SecretStatus::success);
-    QVERIFY(m_store.add(service, QStringLiteral("c"), label, "1") != SecretStatus::success);
-    QVERIFY(m_store.remove(service, QStringLiteral("a")) != SecretStatus::success);
+    QVERIFY(m_store.copyMatching(service, u"a"_s).status != SecretStatus::success);
+    QVERIFY(m_store.add(service, u"c"_s, label, "1") != SecretStatus::success);
+    QVERIFY(m_store.remove(service, u"a"_s) != SecretStatus::success);
     m_session.killDaemon();
     QVERIFY(m_session.startDaemon());
-    QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).data, "1");
+    QTRY_COMPARE(m_store.copyMatching(service, u"a"_s).data, "1");
 }
 
 void TestSecretServiceStore::silentServiceIsAskedOnceAndHeardLater() {
-    const QString a = QStringLiteral("a");
-    const QString other = QStringLiteral("A");
+    const QString a = u"a"_s;
+    const QString other = u"A"_s;
     m_session.pauseDaemon();
     QCOMPARE(m_store.copyMatching(service, a).status, SecretStatus::unanswered);
     // Refused now, none of these may happen later.
@@ -122,13 +124,13 @@ void TestSecretServiceStore::silentServiceIsAskedOnceAndHeardLater() {
         m_session.resumeDaemon();
     });
     m_session.resumeDaemon();
-    QTRY_COMPARE(heard, (QStringList{QStringLiteral("1"), QStringLiteral("2")}));
+    QTRY_COMPARE(heard, (QStringList{u"1"_s, u"2"_s}));
     disconnect(following);
     QCOMPARE(m_store.copyMatching(service, a).data, "1");
 }
 
 void TestSecretServiceStore::lateChangesAreMadeWithoutAWord() {
-    const QString account = QStringLiteral("late");
+    const QString account = u"late"_s;
     const QSignalSpy opened(&m_store, &SecretStore::opened);
     m_session.pauseDaemon();
     QCOMPARE(m_store.add(service, account, label, "1"), SecretStatus::unanswered);
@@ -142,13 +144,13 @@ void TestSecretServiceStore::storeEndsWhileItsServiceIsSilent() {
     m_session.pauseDaemon();
     {
         SecretServiceStore store(std::chrono::milliseconds(1));
-        QCOMPARE(store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::unanswered);
+        QCOMPARE(store.copyMatching(service, u"a"_s).status, SecretStatus::unanswered);
     }
     m_session.resumeDaemon();
 }
 
 void TestSecretServiceStore::lockedKeyringGivesItsItemsOnceItsDialogIsAnswered() {
-    const QString account = QStringLiteral("a");
+    const QString account = u"a"_s;
     m_session.killDaemon();
     LockedKeyring keyring;
     QVERIFY(keyring.start(R"({"a": "1"})"));
@@ -156,7 +158,7 @@ void TestSecretServiceStore::lockedKeyringGivesItsItemsOnceItsDialogIsAnswered()
     const QSignalSpy opened(&store, &SecretStore::opened);
     QCOMPARE(store.remove(service, account), SecretStatus::unanswered);
     QCOMPARE(store.add(service, account, label, "2"), SecretStatus::unanswered);
-    QCOMPARE(store.copyMatching(service, QStringLiteral("b")).status, SecretStatus::itemNotFound);
+    QCOMPARE(store.copyMatching(service, u"b"_s).status, SecretStatus::itemNotFound);
     QVERIFY(!keyring.asks(0));
 
     QCOMPARE(store.copyMatching(service, account).status, SecretStatus::unanswered);
@@ -174,8 +176,8 @@ void TestSecretServiceStore::lockedKeyringGivesItsItemsOnceItsDialogIsAnswered()
 
 void TestSecretServiceStore::lostBusIsToldWithoutHanging() {
     m_session.killBus();
-    QTRY_COMPARE(m_store.copyMatching(service, QStringLiteral("a")).status, SecretStatus::notAvailable);
-    QCOMPARE(m_store.add(service, QStringLiteral("a"), label, "1"), SecretStatus::notAvailable);
+    QTRY_COMPARE(m_store.copyMatching(service, u"a"_s).status, SecretStatus::notAvailable);
+    QCOMPARE(m_store.add(service, u"a"_s, label, "1"), SecretStatus::notAvailable);
 }
 
 ORVANE_TEST_MAIN(TestSecretServiceStore)

@@ -7,6 +7,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -38,7 +40,7 @@ private:
 };
 
 void TestSingleInstance::theFirstIsToldOfEveryOther() {
-    const QString path = m_folder.filePath(QStringLiteral("a"));
+    const QString path = m_folder.filePath(u"a"_s);
     {
         SingleInstance first(path);
         QSignalSpy told(&first, &SingleInstance::windowWanted);
@@ -60,7 +62,7 @@ void TestSingleInstance::anotherFolderIsAnotherClient() {
 }
 
 void TestSingleInstance::aSocketWithoutAProcessIsNobody() {
-    const QString path = m_folder.filePath(QStringLiteral("b"));
+    const QString path = m_folder.filePath(u"b"_s);
     leaveSocket(path);
     QVERIFY(QFile::exists(path));
     SingleInstance next(path);
@@ -71,7 +73,7 @@ void TestSingleInstance::aSocketWithoutAProcessIsNobody() {
 void TestSingleInstance::whereNoSocketCanBeEveryoneIsTheFirst_data() {
     QTest::addColumn<QString>("path");
     QTest::newRow("too long") << m_folder.filePath(QString(150, u'x'));
-    QTest::newRow("no folder") << m_folder.filePath(QStringLiteral("none/c"));
+    QTest::newRow("no folder") << m_folder.filePath(u"none/c"_s);
 }
 
 void TestSingleInstance::whereNoSocketCanBeEveryoneIsTheFirst() {

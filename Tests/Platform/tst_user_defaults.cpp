@@ -6,6 +6,8 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestUserDefaults : public QObject {
@@ -23,7 +25,7 @@ private Q_SLOTS:
     void filesStandInTheFoldersOfTheUser();
 
 private:
-    QString path() const { return m_folder->filePath(QStringLiteral("defaults.ini")); }
+    QString path() const { return m_folder->filePath(u"defaults.ini"_s); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -38,8 +40,8 @@ void TestUserDefaults::textsComeBackAfterARestart_data() {
 
 void TestUserDefaults::textsComeBackAfterARestart() {
     QFETCH(QString, text);
-    const QString key = QStringLiteral("ot_matrix_id");
-    UserDefaults(path()).set(key, QStringLiteral("before"));
+    const QString key = u"ot_matrix_id"_s;
+    UserDefaults(path()).set(key, u"before"_s);
     UserDefaults(path()).set(key, text);
     QCOMPARE(UserDefaults(path()).text(key), text);
 }
@@ -54,7 +56,7 @@ void TestUserDefaults::integersComeBackAfterARestart_data() {
 
 void TestUserDefaults::integersComeBackAfterARestart() {
     QFETCH(qint64, value);
-    const QString key = QStringLiteral("ot_sync_cursor");
+    const QString key = u"ot_sync_cursor"_s;
     UserDefaults first(path());
     first.set(key, qint64(5));
     first.set(key, value);
@@ -81,23 +83,22 @@ void TestUserDefaults::hostileFilesAreRead() {
     file.write(bytes);
     file.close();
     UserDefaults defaults(path());
-    QTEST(defaults.integer(QStringLiteral("key")), "integer");
-    defaults.set(QStringLiteral("other"), qint64(7));
-    QCOMPARE(UserDefaults(path()).integer(QStringLiteral("other")), qint64(7));
-    QTEST(UserDefaults(path()).integer(QStringLiteral("key")), "integer");
+    QTEST(defaults.integer(u"key"_s), "integer");
+    defaults.set(u"other"_s, qint64(7));
+    QCOMPARE(UserDefaults(path()).integer(u"other"_s), qint64(7));
+    QTEST(UserDefaults(path()).integer(u"key"_s), "integer");
 }
 
 void TestUserDefaults::absentKeysAreAbsent() {
     const UserDefaults defaults(path());
-    QVERIFY(!defaults.text(QStringLiteral("ot_device_id")));
-    QCOMPARE(defaults.integer(QStringLiteral("ot_sync_cursor")), qint64(0));
+    QVERIFY(!defaults.text(u"ot_device_id"_s));
+    QCOMPARE(defaults.integer(u"ot_sync_cursor"_s), qint64(0));
 }
 
 void TestUserDefaults::filesStandInTheFoldersOfTheUser() {
-    UserDefaults().set(QStringLiteral("key"), QStringLiteral("value"));
-    QVERIFY(QFile::exists(qEnvironmentVariable("XDG_CONFIG_HOME") +
-                          QStringLiteral("/OrvaneTalk/OrvaneTalk.ini")));
-    QCOMPARE(folders::data(), qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/OrvaneTalk"));
+    UserDefaults().set(u"key"_s, u"value"_s);
+    QVERIFY(QFile::exists(qEnvironmentVariable("XDG_CONFIG_HOME") + u"/OrvaneTalk/OrvaneTalk.ini"_s));
+    QCOMPARE(folders::data(), qEnvironmentVariable("XDG_DATA_HOME") + u"/OrvaneTalk"_s);
 }
 
 ORVANE_TEST_MAIN(TestUserDefaults)

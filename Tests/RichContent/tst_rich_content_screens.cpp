@@ -4,6 +4,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -100,7 +102,7 @@ void TestRichContentScreens::aPollIsWrittenWithTheKeyboard() {
         add->forceActiveFocus();
         window.press(Qt::Key_Return);
         window.type(count == 3 ? "Maybe" : "x");
-        QVERIFY(window.item("placeholderText", QStringLiteral("Вариант %1").arg(count)));
+        QVERIFY(window.item("placeholderText", u"Вариант %1"_s.arg(count)));
     }
     QVERIFY(!window.item("text", "Добавить вариант"));
     // What stands in the rows moves up, and the focus goes where the row was.

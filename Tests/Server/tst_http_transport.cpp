@@ -10,17 +10,18 @@
 
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
-const QString path = QStringLiteral("/api/messenger/x");
+const QString path = u"/api/messenger/x"_s;
 constexpr qsizetype answerLimit = 100'000;
 
 /// "body" or the name of the failure in brackets.
 QString told(const Outcome<QByteArray> &outcome) {
-    return outcome.value ? QString::fromUtf8(*outcome.value)
-                         : QLatin1Char('<') + outcome.failure + QLatin1Char('>');
+    return outcome.value ? QString::fromUtf8(*outcome.value) : u'<' + outcome.failure + u'>';
 }
 
 } // namespace
@@ -108,7 +109,7 @@ void TestHttpTransport::requestsGoOutExactly_data() {
     QTest::addColumn<QJsonObject>("body");
     /// Null for a request without one.
     QTest::addColumn<QByteArray>("bytes");
-    const QJsonObject one{{QStringLiteral("k"), 1}};
+    const QJsonObject one{{u"k"_s, 1}};
     QTest::newRow("get") << QByteArray("GET") << QJsonObject() << QByteArray();
     for (const char *method : {"POST", "PATCH", "DELETE"}) {
         QTest::addRow("%s", method) << QByteArray(method) << one << QByteArray(R"({"k":1})");
@@ -126,7 +127,7 @@ void TestHttpTransport::requestsGoOutExactly() {
                : method == "PATCH" ? m_http->patch(path, body)
                                    : m_http->del(path, body);
     };
-    QCOMPARE(told(outcomeOf(request())), QStringLiteral("{}"));
+    QCOMPARE(told(outcomeOf(request())), u"{}"_s);
     const RecordedRequest sent = m_server.lastRequest();
     QCOMPARE(sent.method, method);
     QCOMPARE(sent.target, path.toUtf8());
@@ -135,7 +136,7 @@ void TestHttpTransport::requestsGoOutExactly() {
              bytes.isNull() ? QByteArray() : QByteArray("application/json"));
     QCOMPARE(sent.body, bytes);
     m_signedIn->session.logout();
-    QCOMPARE(told(outcomeOf(request())), QStringLiteral("{}"));
+    QCOMPARE(told(outcomeOf(request())), u"{}"_s);
     QVERIFY(!m_server.lastRequest().headers.contains("authorization"));
     QCOMPARE(m_server.requests().size(), 2);
 }
@@ -155,16 +156,15 @@ void TestHttpTransport::pathsGoOutAsGiven() {
 
 void TestHttpTransport::tokenIsReadAtEachRequest() {
     outcomeOf(m_http->get(path));
-    m_signedIn->session.token = QStringLiteral("next");
+    m_signedIn->session.token = u"next"_s;
     outcomeOf(m_http->get(path));
     QCOMPARE(m_server.lastRequest().headers.value("authorization"), "Bearer next");
 }
 
 void TestHttpTransport::additionalHeadersWin() {
-    const HttpTransport::Headers headers{
-        {QStringLiteral("Idempotency-Key"), QStringLiteral("m-1")},
-        {QStringLiteral("Authorization"), QStringLiteral("other")},
-        {QStringLiteral("Content-Type"), QStringLiteral("application/other")}};
+    const HttpTransport::Headers headers{{u"Idempotency-Key"_s, u"m-1"_s},
+                                         {u"Authorization"_s, u"other"_s},
+                                         {u"Content-Type"_s, u"application/other"_s}};
     outcomeOf(m_http->post(path, {}, headers));
     QCOMPARE(m_server.lastRequest().headers.value("idempotency-key"), "m-1");
     QCOMPARE(m_server.lastRequest().headers.value("authorization"), "other");
@@ -172,12 +172,9 @@ void TestHttpTransport::additionalHeadersWin() {
 }
 
 void TestHttpTransport::bodiesKeepTheirTypes() {
-    const QJsonObject body{{QStringLiteral("text"), QStringLiteral("1")},
-                           {QStringLiteral("integer"), std::numeric_limits<qint64>::max()},
-                           {QStringLiteral("double"), 0.5},
-                           {QStringLiteral("bool"), true},
-                           {QStringLiteral("null"), QJsonValue()},
-                           {QStringLiteral("list"), QJsonArray{QStringLiteral("Ж\n"), QJsonObject()}}};
+    const QJsonObject body{{u"text"_s, u"1"_s},       {u"integer"_s, std::numeric_limits<qint64>::max()},
+                           {u"double"_s, 0.5},        {u"bool"_s, true},
+                           {u"null"_s, QJsonValue()}, {u"list"_s, QJsonArray{u"Ж\n"_s, QJsonObject()}}};
     outcomeOf(m_http->post(path, body));
     QCOMPARE(m_server.lastRequest().body,
              QByteArray(R"({"bool":true,"double":0.5,"integer":9223372036854775807,"list":["Ж\n",{}],)"
@@ -188,13 +185,13 @@ void TestHttpTransport::statusDecidesBetweenBodyAndCode_data() {
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("outcome");
     for (const int status : {200, 201, 206, 299, 300, 399})
-        QTest::addRow("%d", status) << status << QStringLiteral("body");
+        QTest::addRow("%d", status) << status << u"body"_s;
     // The body of a redirect to nowhere is not kept.
     for (const int status : {204, 301, 302, 303, 304, 305, 307, 308})
         QTest::addRow("%d", status) << status << QString();
     for (const int status :
          {400, 401, 403, 404, 405, 407, 409, 410, 418, 429, 451, 500, 501, 502, 503, 504, 599})
-        QTest::addRow("%d", status) << status << QStringLiteral("<api %1>").arg(status);
+        QTest::addRow("%d", status) << status << u"<api %1>"_s.arg(status);
 }
 
 void TestHttpTransport::statusDecidesBetweenBodyAndCode() {
@@ -206,7 +203,7 @@ void TestHttpTransport::statusDecidesBetweenBodyAndCode() {
 void TestHttpTransport::brokenAnswersAreTransportErrors_data() {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("ending");
-    const QString close = QStringLiteral("close");
+    const QString close = u"close"_s;
     QTest::newRow("silence") << QByteArray() << QString();
     QTest::newRow("closed without a byte") << QByteArray() << close;
     QTest::newRow("closed in the head") << QByteArray("HTTP/1.1 200 OK\r\nContent-Le") << close;
@@ -231,9 +228,9 @@ void TestHttpTransport::brokenAnswersAreTransportErrors() {
     m_server.answerNext(answer);
     HttpTransport impatient(m_server.base(), m_signedIn->session, ending.isEmpty() ? 200 : 60'000);
     const auto outcome = outcomeOf(impatient.post(path, {}));
-    QCOMPARE(told(outcome), QStringLiteral("<transport>"));
+    QCOMPARE(told(outcome), u"<transport>"_s);
     m_server.reset();
-    QCOMPARE(told(outcomeOf(m_http->get(path))), QStringLiteral("{}"));
+    QCOMPARE(told(outcomeOf(m_http->get(path))), u"{}"_s);
 }
 
 void TestHttpTransport::answersHaveALimit_data() {
@@ -351,7 +348,7 @@ void TestHttpTransport::nobodyListeningIsATransportError() {
         base = gone.base();
     }
     HttpTransport http(base, m_signedIn->session);
-    QCOMPARE(told(outcomeOf(http.get(path))), QStringLiteral("<transport>"));
+    QCOMPARE(told(outcomeOf(http.get(path))), u"<transport>"_s);
 }
 
 void TestHttpTransport::redirectsStayWithinOneOrigin_data() {
@@ -367,12 +364,12 @@ void TestHttpTransport::redirectsStayWithinOneOrigin() {
     QFETCH(int, status);
     QFETCH(bool, sameOrigin);
     ScriptedHttpServer elsewhere;
-    const QString target = (sameOrigin ? m_server.base() : elsewhere.base()) + QStringLiteral("/moved");
+    const QString target = (sameOrigin ? m_server.base() : elsewhere.base()) + u"/moved"_s;
     m_server.answerNext(ScriptedAnswer::of(status, "moved", "Location: " + target.toUtf8() + "\r\n"));
     const QString outcome = told(outcomeOf(m_http->get(path)));
     QVERIFY(elsewhere.requests().isEmpty());
     if (sameOrigin) {
-        QCOMPARE(outcome, QStringLiteral("{}"));
+        QCOMPARE(outcome, u"{}"_s);
         QCOMPARE(m_server.lastRequest().target, "/moved");
         QCOMPARE(m_server.lastRequest().headers.value("authorization"), "Bearer t0k");
     } else {
@@ -384,12 +381,12 @@ void TestHttpTransport::redirectsStayWithinOneOrigin() {
 void TestHttpTransport::lateAnswersReachTheirOwnCallers() {
     m_server.answerNext(ScriptedAnswer::of(200, "first").heldBack());
     m_server.answerNext(ScriptedAnswer::of(404, "second"));
-    auto first = m_http->get(QStringLiteral("/first"));
+    auto first = m_http->get(u"/first"_s);
     QTRY_COMPARE(m_server.requests().size(), 1);
-    QCOMPARE(told(outcomeOf(m_http->get(QStringLiteral("/second")))), QStringLiteral("<api 404>"));
+    QCOMPARE(told(outcomeOf(m_http->get(u"/second"_s))), u"<api 404>"_s);
     m_signedIn->session.logout();
     m_server.release();
-    QCOMPARE(told(outcomeOf(std::move(first))), QStringLiteral("first"));
+    QCOMPARE(told(outcomeOf(std::move(first))), u"first"_s);
 }
 
 void TestHttpTransport::severalConnectionsServeOverlappingRequests() {
@@ -397,7 +394,7 @@ void TestHttpTransport::severalConnectionsServeOverlappingRequests() {
     for (int number = 0; number < 30; ++number) {
         const QByteArray body = QByteArray::number(number);
         m_server.answerNext(ScriptedAnswer::of(200, body));
-        tasks.push_back(settle(m_http->get(QStringLiteral("/%1").arg(number))));
+        tasks.push_back(settle(m_http->get(u"/%1"_s.arg(number))));
     }
     QStringList answers;
     for (auto &task : tasks)
@@ -409,7 +406,7 @@ void TestHttpTransport::severalConnectionsServeOverlappingRequests() {
 void TestHttpTransport::largeBodiesArriveWhole() {
     const QByteArray large = "[\"" + QByteArray(10'000'000, 'x') + "\"]";
     QCOMPARE(get(ScriptedAnswer::of(200, large)).value, large);
-    const QJsonObject body{{QStringLiteral("k"), QString::fromLatin1(large)}};
+    const QJsonObject body{{u"k"_s, QString::fromLatin1(large)}};
     outcomeOf(m_http->post(path, body));
     QCOMPARE(m_server.lastRequest().body, json::compact(body));
 }
@@ -417,10 +414,10 @@ void TestHttpTransport::largeBodiesArriveWhole() {
 void TestHttpTransport::brokenBaseStopsTheProcess_data() {
     QTest::addColumn<QString>("base");
     QTest::addColumn<QString>("target");
-    QTest::newRow("no address") << QStringLiteral("http://[::") << path;
-    QTest::newRow("impossible port") << QStringLiteral("http://127.0.0.1:99999") << path;
-    QTest::newRow("space in the path") << QStringLiteral("http://127.0.0.1:1") << QStringLiteral("/a b");
-    QTest::newRow("bad percent sign") << QStringLiteral("http://127.0.0.1:1") << QStringLiteral("/a%zz");
+    QTest::newRow("no address") << u"http://[::"_s << path;
+    QTest::newRow("impossible port") << u"http://127.0.0.1:99999"_s << path;
+    QTest::newRow("space in the path") << u"http://127.0.0.1:1"_s << u"/a b"_s;
+    QTest::newRow("bad percent sign") << u"http://127.0.0.1:1"_s << u"/a%zz"_s;
 }
 
 void TestHttpTransport::brokenBaseStopsTheProcess() {
@@ -428,9 +425,9 @@ void TestHttpTransport::brokenBaseStopsTheProcess() {
     QFETCH(QString, target);
     const ChildResult result = runChild({base, target});
     QVERIFY(result.crashed || result.exitCode != 0);
-    QVERIFY2(result.errors.contains(base) && result.errors.contains(QLatin1String("ORVANETALK_API_BASE")),
+    QVERIFY2(result.errors.contains(base) && result.errors.contains("ORVANETALK_API_BASE"_L1),
              qPrintable(result.errors));
-    QVERIFY(!result.errors.contains(QLatin1String("t0k")));
+    QVERIFY(!result.errors.contains("t0k"_L1));
 }
 
 void TestHttpTransport::strangeBaseIsATransportError_data() {
@@ -442,8 +439,8 @@ void TestHttpTransport::strangeBaseIsATransportError_data() {
 void TestHttpTransport::strangeBaseIsATransportError() {
     QFETCH(QString, base);
     HttpTransport http(base, m_signedIn->session);
-    QCOMPARE(told(outcomeOf(http.get(path))), QStringLiteral("<transport>"));
-    QCOMPARE(told(outcomeOf(http.post(path, {}))), QStringLiteral("<transport>"));
+    QCOMPARE(told(outcomeOf(http.get(path))), u"<transport>"_s);
+    QCOMPARE(told(outcomeOf(http.post(path, {}))), u"<transport>"_s);
 }
 
 ORVANE_TEST_MAIN(TestHttpTransport)

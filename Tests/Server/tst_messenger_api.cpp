@@ -6,13 +6,15 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
 // How a result reads in the table.
 QString told(bool yes) {
-    return yes ? QStringLiteral("yes") : QStringLiteral("no");
+    return yes ? u"yes"_s : u"no"_s;
 }
 QString told(qint64 number) {
     return QString::number(number);
@@ -27,10 +29,10 @@ QString told(const QJsonObject &map) {
     return QString::fromUtf8(json::compact(map));
 }
 QString told(const MessengerChat &chat) {
-    return chat.id + QLatin1Char(' ') + chat.title.value_or(QStringLiteral("-"));
+    return chat.id + u' ' + chat.title.value_or(u"-"_s);
 }
 QString told(const ChatFolder &folder) {
-    return folder.id + QLatin1Char(' ') + folder.name + QLatin1Char(' ') + folder.chatIds.join(u'+');
+    return folder.id + u' ' + folder.name + u' ' + folder.chatIds.join(u'+');
 }
 QString told(const PreKeyBundle &bundle) {
     return QString::fromLatin1(bundle.identityKey + bundle.signedPreKey + bundle.signedPreKeySignature +
@@ -41,11 +43,11 @@ QString told(const QList<T> &list) {
     QStringList lines;
     for (const T &one : list)
         lines.append(told(one));
-    return lines.join(QLatin1Char('|'));
+    return lines.join(u'|');
 }
 template <typename T>
 QString told(const std::optional<T> &value) {
-    return value ? told(*value) : QStringLiteral("absent");
+    return value ? told(*value) : u"absent"_s;
 }
 QString told(const ChatAgents &agents) {
     return told(agents.agents) + u'/' + agents.presets.join(u'|');
@@ -61,7 +63,7 @@ QString resultOf(QCoro::Task<T> task) {
 }
 QString resultOf(QCoro::Task<void> task) {
     const auto outcome = outcomeOf(std::move(task));
-    return outcome.value ? QStringLiteral("done") : outcome.failure;
+    return outcome.value ? u"done"_s : outcome.failure;
 }
 
 /// One operation of the interface: how it is called, what goes out, and what a good answer gives.
@@ -318,7 +320,7 @@ private:
 void TestMessengerApi::init() {
     m_server.reset();
     m_signedIn = std::make_unique<SignedInSession>();
-    m_signedIn->session.adoptDeviceId(QStringLiteral("dev_1"));
+    m_signedIn->session.adoptDeviceId(u"dev_1"_s);
     m_signedIn->session.adoptSyncCursor(11);
     m_api = std::make_unique<MessengerAPI>(m_server.base(), m_signedIn->session);
 }
@@ -343,9 +345,9 @@ void TestMessengerApi::operationsPassFailuresOn() {
     QFETCH(int, index);
     const Operation &operation = operations()[size_t(index)];
     m_server.answerNext(ScriptedAnswer::of(403, operation.answer));
-    QCOMPARE(operation.call(*m_api), QStringLiteral("api 403"));
+    QCOMPARE(operation.call(*m_api), u"api 403"_s);
     m_server.answerNext(ScriptedAnswer::truncated(operation.answer));
-    QCOMPARE(operation.call(*m_api), QStringLiteral("transport"));
+    QCOMPARE(operation.call(*m_api), u"transport"_s);
     m_server.answerNext(ScriptedAnswer::of(200, "<html>"));
     const bool readsNothing = qstrcmp(operation.result, "done") == 0;
     const bool readsBytes = qstrcmp(operation.result, operation.answer) == 0 && *operation.result != '{';
@@ -363,7 +365,7 @@ void TestMessengerApi::chatListIsReadStrictly_data() {
 void TestMessengerApi::chatListIsReadStrictly() {
     QFETCH(QByteArray, body);
     m_server.answerNext(ScriptedAnswer::of(200, body));
-    QCOMPARE(resultOf(m_api->fetchChats()), QStringLiteral("decoding"));
+    QCOMPARE(resultOf(m_api->fetchChats()), u"decoding"_s);
 }
 
 ORVANE_TEST_MAIN(TestMessengerApi)

@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -16,7 +18,7 @@ QString told(const QJsonObject &map) {
     return QString::fromUtf8(json::compact(map));
 }
 QString told(const std::optional<QJsonObject> &map) {
-    return map ? told(*map) : QStringLiteral("absent");
+    return map ? told(*map) : u"absent"_s;
 }
 template <typename T>
 QString resultOf(QCoro::Task<T> task) {
@@ -25,10 +27,10 @@ QString resultOf(QCoro::Task<T> task) {
 }
 
 QString voice(MessengerAPI &api, const QUrl &file) {
-    return resultOf(api.sendVoiceMessage(QStringLiteral("3"), file, QStringLiteral("key-1")));
+    return resultOf(api.sendVoiceMessage(u"3"_s, file, u"key-1"_s));
 }
 QString file(MessengerAPI &api, const QUrl &url) {
-    return resultOf(api.uploadFile(QStringLiteral("3"), url));
+    return resultOf(api.uploadFile(u"3"_s, url));
 }
 QString transcript(MessengerAPI &api, const QUrl &url) {
     return resultOf(api.transcribeVoice(url));
@@ -85,7 +87,7 @@ void TestUploads::bodiesAreExact_data() {
     QTest::addColumn<QByteArray>("key");
     QTest::addColumn<QString>("boundary");
     const QByteArray token("Bearer t0k");
-    const QString uuid = QStringLiteral("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+    const QString uuid = u"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"_s;
     const auto part = [](const char *name, const char *type) {
         return QByteArray("--B\r\nContent-Disposition: form-data; name=\"file\"; filename=\"") + name +
                "\"\r\nContent-Type: " + type + "\r\n\r\n";
@@ -118,7 +120,7 @@ void TestUploads::bodiesAreExact() {
     QCOMPARE(sent.method, "POST");
     QTEST(sent.target, "target");
     const QString type = QString::fromLatin1(sent.headers.value("content-type"));
-    const QString prefix = QStringLiteral("multipart/form-data; boundary=");
+    const QString prefix = u"multipart/form-data; boundary="_s;
     QVERIFY(type.startsWith(prefix));
     const QString used = type.mid(prefix.size());
     QVERIFY2(QRegularExpression(QRegularExpression::anchoredPattern(boundary)).match(used).hasMatch(),
@@ -154,7 +156,7 @@ void TestUploads::answers() {
     QFETCH(int, status);
     QFETCH(QByteArray, body);
     m_server.answerNext(ScriptedAnswer::of(status, body));
-    QTEST(upload(*m_api, fileNamed(QStringLiteral("x"), "bytes")), "result");
+    QTEST(upload(*m_api, fileNamed(u"x"_s, "bytes")), "result");
 }
 
 void TestUploads::unreadableFilesSendNothing() {

@@ -13,6 +13,8 @@
 
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 using namespace std::chrono_literals;
 
@@ -23,16 +25,16 @@ constexpr MessengerWebSocket::Timing slow{1h, 1h};
 constexpr MessengerWebSocket::Timing reconnecting{1h, 50ms};
 constexpr MessengerWebSocket::Timing pinging{40ms, 1h};
 
-const QString auth = QStringLiteral(R"({"token":"t0k","type":"auth"})");
-const QString ping = QStringLiteral(R"({"type":"ping"})");
-const QString token = QStringLiteral("t0k");
+const QString auth = uR"({"token":"t0k","type":"auth"})"_s;
+const QString ping = uR"({"type":"ping"})"_s;
+const QString token = u"t0k"_s;
 
 QJsonObject typed(const char *type) {
-    return {{QStringLiteral("type"), QLatin1String(type)}};
+    return {{u"type"_s, QLatin1StringView(type)}};
 }
 
 QString frame(const char *type) {
-    return QStringLiteral(R"({"type":"%1"})").arg(QLatin1String(type));
+    return uR"({"type":"%1"})"_s.arg(QLatin1StringView(type));
 }
 
 /// Two connections, the first replaced by the second, and the second in use.
@@ -95,7 +97,7 @@ struct RawSocketServer {
         });
     }
 
-    QString url() const { return QStringLiteral("ws://127.0.0.1:%1/ws").arg(server.serverPort()); }
+    QString url() const { return u"ws://127.0.0.1:%1/ws"_s.arg(server.serverPort()); }
 
     int connections = 0;
     int ended = 0;
@@ -169,11 +171,11 @@ private Q_SLOTS:
 void TestWebSocket::authIsTheWholeHandshake() {
     RecordingSocketServer server;
     MessengerWebSocket socket(server.url(), slow);
-    const QString hostile = QStringLiteral("a\"b\\c\nЖ");
+    const QString hostile = u"a\"b\\c\nЖ"_s;
     socket.connect(hostile);
     QTRY_COMPARE(server.frames(0).size(), 1);
-    QCOMPARE(server.frames(0).first(), QStringLiteral(R"({"token":"a\"b\\c\nЖ","type":"auth"})"));
-    QCOMPARE(server.resource(0), QStringLiteral("/ws"));
+    QCOMPARE(server.frames(0).first(), uR"({"token":"a\"b\\c\nЖ","type":"auth"})"_s);
+    QCOMPARE(server.resource(0), u"/ws"_s);
     QVERIFY(!socket.isConnected.value());
 }
 
@@ -228,7 +230,7 @@ void TestWebSocket::goodFramesReachEverySubscriber() {
     QTEST(first.types.last(), "type");
     QCOMPARE(second.types, QStringList{first.types.last()});
     QCOMPARE(second.last.data, QJsonDocument::fromJson(text.toUtf8()).object());
-    QCOMPARE(second.last.data.value(QStringLiteral("type")).toString(), second.last.type);
+    QCOMPARE(second.last.data.value(u"type"_s).toString(), second.last.type);
 }
 
 void TestWebSocket::badFramesReachNobodyButCount_data() {
@@ -256,7 +258,7 @@ void TestWebSocket::badFramesReachNobodyButCount() {
         server.sendText(0, QString::fromUtf8(bytes));
     QTRY_VERIFY(socket.isConnected.value());
     server.sendText(0, frame("after"));
-    QTRY_COMPARE(subscriber.types, QStringList{QStringLiteral("after")});
+    QTRY_COMPARE(subscriber.types, QStringList{u"after"_s});
 }
 
 void TestWebSocket::eventsKeepTheirOrder() {
@@ -265,7 +267,7 @@ void TestWebSocket::eventsKeepTheirOrder() {
     QStringList expected;
     for (int number = 0; number < 500; ++number) {
         expected.append(QString::number(number));
-        server.sendText(0, QStringLiteral(R"({"type":"%1"})").arg(number));
+        server.sendText(0, uR"({"type":"%1"})"_s.arg(number));
         if (number % 7 == 0)
             server.sendBinary(0, "x");
     }
@@ -288,11 +290,11 @@ void TestWebSocket::aBurstLeavesOthersTheirTurnAndLosesNothing() {
     QStringList expected;
     for (int number = 0; number < 100; ++number) {
         expected.append(QString::number(number));
-        server.sendText(0, QStringLiteral(R"({"type":"%1"})").arg(number));
+        server.sendText(0, uR"({"type":"%1"})"_s.arg(number));
     }
     // More than is read at once while there is a burst, and the end of the connection right behind it.
-    expected.append(QStringLiteral("large"));
-    server.sendText(0, QStringLiteral(R"({"type":"large","text":"%1"})").arg(QString(1'000'000, u'x')));
+    expected.append(u"large"_s);
+    server.sendText(0, uR"({"type":"large","text":"%1"})"_s.arg(QString(1'000'000, u'x')));
     server.close(0);
     QTRY_VERIFY(!subscriber.types.isEmpty());
     QVERIFY(subscriber.types.size() < expected.size() && socket.isConnected.value());
@@ -306,7 +308,7 @@ void TestWebSocket::largeFramesPassBothWays() {
     auto &[server, socket, subscriber] = live;
     const QString large(1'000'000, QChar(u'Ж'));
     QJsonObject map = typed("large");
-    map.insert(QStringLiteral("text"), large);
+    map.insert(u"text"_s, large);
     socket.send(map);
     QTRY_COMPARE(server.frames(0).size(), 2);
     server.sendText(0, server.frames(0).last());
@@ -377,10 +379,10 @@ void TestWebSocket::secondConnectLeavesOnePingTimer() {
     RecordingSocketServer server;
     MessengerWebSocket socket(server.url(), pinging);
     for (qsizetype connection = 0; connection < 4; ++connection) {
-        socket.connect(QStringLiteral("t%1").arg(connection));
+        socket.connect(u"t%1"_s.arg(connection));
         QTRY_VERIFY(!server.frames(connection).isEmpty());
     }
-    QCOMPARE(server.frames(3).first(), QStringLiteral(R"({"token":"t3","type":"auth"})"));
+    QCOMPARE(server.frames(3).first(), uR"({"token":"t3","type":"auth"})"_s);
     const qsizetype oldFrames = server.frames(0).size();
     QElapsedTimer elapsed;
     elapsed.start();
@@ -392,8 +394,8 @@ void TestWebSocket::secondConnectLeavesOnePingTimer() {
 
 void TestWebSocket::replacedConnectionReportsOnceMore_data() {
     QTest::addColumn<QString>("report");
-    QTest::newRow("an event") << QStringLiteral("event");
-    QTest::newRow("its end") << QStringLiteral("end");
+    QTest::newRow("an event") << u"event"_s;
+    QTest::newRow("its end") << u"end"_s;
 }
 
 void TestWebSocket::replacedConnectionReportsOnceMore() {
@@ -411,9 +413,9 @@ void TestWebSocket::replacedConnectionReportsOnceMore() {
         QTRY_VERIFY(!socket.isConnected.value());
     }
     server.sendText(1, frame("newer"));
-    QTRY_COMPARE(subscriber.types.last(), QStringLiteral("newer"));
+    QTRY_COMPARE(subscriber.types.last(), u"newer"_s);
     QVERIFY(socket.isConnected.value());
-    QVERIFY(!subscriber.types.contains(QStringLiteral("too old")));
+    QVERIFY(!subscriber.types.contains(u"too old"_s));
     socket.send(typed("out"));
     QTRY_COMPARE(server.frames(1), (QStringList{auth, frame("out")}));
 }
@@ -428,7 +430,7 @@ void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken() {
     QFETCH(bool, politely);
     RecordingSocketServer server;
     MessengerWebSocket socket(server.url(), reconnecting);
-    socket.connect(QStringLiteral("first"));
+    socket.connect(u"first"_s);
     QTRY_COMPARE(server.frames(0).size(), 1);
     socket.connect(token);
     QTRY_COMPARE(server.frames(1).size(), 1);
@@ -451,11 +453,11 @@ void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken() {
 
 void TestWebSocket::refusedConnectionsAreTriedAgain_data() {
     QTest::addColumn<QString>("refusal");
-    QTest::newRow("nobody listens") << QStringLiteral("nobody");
-    QTest::newRow("a page") << QStringLiteral("page");
-    QTest::newRow("401") << QStringLiteral("401");
-    QTest::newRow("closed") << QStringLiteral("closed");
-    QTest::newRow("wrong accept key") << QStringLiteral("key");
+    QTest::newRow("nobody listens") << u"nobody"_s;
+    QTest::newRow("a page") << u"page"_s;
+    QTest::newRow("401") << u"401"_s;
+    QTest::newRow("closed") << u"closed"_s;
+    QTest::newRow("wrong accept key") << u"key"_s;
 }
 
 void TestWebSocket::refusedConnectionsAreTriedAgain() {
@@ -479,7 +481,7 @@ void TestWebSocket::refusedConnectionsAreTriedAgain() {
                             : ScriptedAnswer::closed();
     for (int times = 0; times < 10; ++times)
         server.answerNext(answer);
-    MessengerWebSocket socket(QStringLiteral("ws://127.0.0.1:%1/ws").arg(server.port()), {1h, 20ms});
+    MessengerWebSocket socket(u"ws://127.0.0.1:%1/ws"_s.arg(server.port()), {1h, 20ms});
     socket.connect(token);
     QTRY_VERIFY(server.requests().size() >= 3);
     QVERIFY(!socket.isConnected.value());
@@ -520,7 +522,7 @@ void TestWebSocket::serverThatNeverAnswersIsGivenUp() {
     ScriptedHttpServer server;
     for (int times = 0; times < 10; ++times)
         server.answerNext(ScriptedAnswer::silence());
-    MessengerWebSocket socket(QStringLiteral("ws://127.0.0.1:%1/ws").arg(server.port()), {1h, 20ms, 60ms});
+    MessengerWebSocket socket(u"ws://127.0.0.1:%1/ws"_s.arg(server.port()), {1h, 20ms, 60ms});
     socket.connect(token);
     socket.send(typed("x"));
     QTRY_VERIFY(server.requests().size() >= 3);

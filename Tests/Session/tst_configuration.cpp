@@ -7,6 +7,8 @@
 
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 class TestConfiguration : public QObject {
@@ -42,22 +44,21 @@ int TestConfiguration::child(const QStringList &) {
 void TestConfiguration::blankVariablesFallBack_data() {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("configured");
-    const QString fallback = QStringLiteral("fallback");
+    const QString fallback = u"fallback"_s;
     QTest::newRow("empty") << QByteArray("") << fallback;
     QTest::newRow("three blanks") << QByteArray("   ") << fallback;
     QTest::newRow("white space") << QByteArray(" \t\r\n") << fallback;
-    QTest::newRow("url") << QByteArray("http://127.0.0.1:1") << QStringLiteral("http://127.0.0.1:1");
-    QTest::newRow("blanks around") << QByteArray(" \nhttp://a b/ \n") << QStringLiteral("http://a b/");
-    QTest::newRow("no url") << QByteArray("::") << QStringLiteral("::");
+    QTest::newRow("url") << QByteArray("http://127.0.0.1:1") << u"http://127.0.0.1:1"_s;
+    QTest::newRow("blanks around") << QByteArray(" \nhttp://a b/ \n") << u"http://a b/"_s;
+    QTest::newRow("no url") << QByteArray("::") << u"::"_s;
 }
 
 void TestConfiguration::blankVariablesFallBack() {
     QFETCH(QByteArray, value);
     qputenv("ORVANE_TEST_VALUE", value);
-    QTEST(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", QStringLiteral("fallback")), "configured");
+    QTEST(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", u"fallback"_s), "configured");
     qunsetenv("ORVANE_TEST_VALUE");
-    QCOMPARE(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", QStringLiteral("fallback")),
-             QStringLiteral("fallback"));
+    QCOMPARE(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", u"fallback"_s), u"fallback"_s);
 }
 
 void TestConfiguration::onlyFourWordsTurnAFlagOn_data() {
@@ -79,26 +80,24 @@ void TestConfiguration::onlyFourWordsTurnAFlagOn() {
 }
 
 void TestConfiguration::plainStartTalksToTheDefaultServerWithEverythingOff() {
-    const ChildResult child =
-        runChild({}, {QStringLiteral("ORVANETALK_API_BASE="), QStringLiteral("ORVANETALK_WS_URL= ")});
-    const QStringList values = child.output.section(QLatin1Char('\n'), 0, 0).split(QLatin1Char(' '));
+    const ChildResult child = runChild({}, {u"ORVANETALK_API_BASE="_s, u"ORVANETALK_WS_URL= "_s});
+    const QStringList values = child.output.section(u'\n', 0, 0).split(u' ');
     QCOMPARE(values.size(), 4);
     const QUrl base(values.at(0));
     const QUrl socket(values.at(1));
-    QCOMPARE(base.scheme(), QStringLiteral("https"));
+    QCOMPARE(base.scheme(), u"https"_s);
     QVERIFY(base.path().isEmpty());
-    QCOMPARE(socket.scheme(), QStringLiteral("wss"));
+    QCOMPARE(socket.scheme(), u"wss"_s);
     QCOMPARE(socket.host(), base.host());
-    QCOMPARE(socket.path(), QStringLiteral("/ws"));
-    QCOMPARE(values.mid(2), (QStringList{QStringLiteral("0"), QStringLiteral("0")}));
+    QCOMPARE(socket.path(), u"/ws"_s);
+    QCOMPARE(values.mid(2), (QStringList{u"0"_s, u"0"_s}));
 }
 
 void TestConfiguration::valuesAreReadOnce() {
-    const ChildResult child = runChild({}, {QStringLiteral("ORVANETALK_API_BASE=http://127.0.0.1:1"),
-                                            QStringLiteral("ORVANETALK_WS_URL=ws://127.0.0.1:2/ws"),
-                                            QStringLiteral("ORVANETALK_ENABLE_EXPERIMENTAL_CRYPTO=YES"),
-                                            QStringLiteral("ORVANETALK_ENABLE_NATIVE_CALLS=2")});
-    const QString line = QStringLiteral("http://127.0.0.1:1 ws://127.0.0.1:2/ws 1 0\n");
+    const ChildResult child =
+        runChild({}, {u"ORVANETALK_API_BASE=http://127.0.0.1:1"_s, u"ORVANETALK_WS_URL=ws://127.0.0.1:2/ws"_s,
+                      u"ORVANETALK_ENABLE_EXPERIMENTAL_CRYPTO=YES"_s, u"ORVANETALK_ENABLE_NATIVE_CALLS=2"_s});
+    const QString line = u"http://127.0.0.1:1 ws://127.0.0.1:2/ws 1 0\n"_s;
     QCOMPARE(child.output, line + line);
 }
 
@@ -120,7 +119,7 @@ void TestConfiguration::userIdsAreParsedExactly_data() {
          {"", "+", "-", "12a", " 12", "12 ", "1 2", "1,000", "1.0", "1e3", "0x12", "+-1", "--1", "١٢",
           "9223372036854775808", "-9223372036854775809", "99999999999999999999999999"})
         row(text, false, 0);
-    QTest::newRow("a character of nothing") << QStringLiteral("12") + QChar(u'\0') << false << qint64(0);
+    QTest::newRow("a character of nothing") << u"12"_s + QChar(u'\0') << false << qint64(0);
 }
 
 void TestConfiguration::userIdsAreParsedExactly() {

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
@@ -19,12 +21,12 @@ QString failureOf(const std::function<void()> &action) {
         return {};
     } catch (const KeychainError &error) {
         const char *const kinds[] = {"save", "load", "delete"};
-        return QStringLiteral("%1 %2").arg(QLatin1String(kinds[int(error.kind())])).arg(error.status());
+        return u"%1 %2"_s.arg(QLatin1StringView(kinds[int(error.kind())])).arg(error.status());
     }
 }
 
 QStringList words(const char *text) {
-    return QString::fromLatin1(text).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    return QString::fromLatin1(text).split(u',', Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -56,15 +58,15 @@ std::unique_ptr<SecretStore> TestKeychain::store(const QString &kind) const {
     if (kind == u"keyring")
         return std::make_unique<SecretServiceStore>();
     if (kind == u"file")
-        return std::make_unique<FileSecretStore>(m_folder.filePath(QStringLiteral("secrets.json")));
+        return std::make_unique<FileSecretStore>(m_folder.filePath(u"secrets.json"_s));
     return ChosenSecretStore::forThisDesktop();
 }
 
 void TestKeychain::everyStoreKeepsTheSignInOverARestart_data() {
     QTest::addColumn<QString>("kind");
-    QTest::newRow("keyring") << QStringLiteral("keyring");
-    QTest::newRow("file") << QStringLiteral("file");
-    QTest::newRow("as the desktop offers") << QStringLiteral("desktop");
+    QTest::newRow("keyring") << u"keyring"_s;
+    QTest::newRow("file") << u"file"_s;
+    QTest::newRow("as the desktop offers") << u"desktop"_s;
 }
 
 void TestKeychain::everyStoreKeepsTheSignInOverARestart() {
@@ -75,14 +77,14 @@ void TestKeychain::everyStoreKeepsTheSignInOverARestart() {
         QVERIFY(!keychain.getToken());
         QVERIFY(!keychain.getUserId());
         QVERIFY(!keychain.getUsername());
-        keychain.saveToken(QStringLiteral("t.ö.k"));
-        keychain.saveUserInfo(QStringLiteral("анна"), -7);
-        keychain.saveUserInfo(QStringLiteral("анна 2"), std::numeric_limits<qint64>::max());
+        keychain.saveToken(u"t.ö.k"_s);
+        keychain.saveUserInfo(u"анна"_s, -7);
+        keychain.saveUserInfo(u"анна 2"_s, std::numeric_limits<qint64>::max());
     }
     MessengerKeychain keychain(store(kind));
-    QCOMPARE(keychain.getToken(), QStringLiteral("t.ö.k"));
+    QCOMPARE(keychain.getToken(), u"t.ö.k"_s);
     QCOMPARE(keychain.getUserId(), std::numeric_limits<qint64>::max());
-    QCOMPARE(keychain.getUsername(), QStringLiteral("анна 2"));
+    QCOMPARE(keychain.getUsername(), u"анна 2"_s);
     keychain.clear();
     QVERIFY(!keychain.getToken() && !keychain.getUserId() && !keychain.getUsername());
     keychain.clear();
@@ -92,11 +94,11 @@ void TestKeychain::everyStoreKeepsTheSignInOverARestart() {
 void TestKeychain::savingDeletesFirstAndLabelsForHumans() {
     const auto secrets = std::make_shared<StoredSecrets>();
     MessengerKeychain keychain(std::make_unique<FaultySecretStore>(secrets));
-    keychain.saveToken(QStringLiteral("t"));
-    keychain.saveUserInfo(QStringLiteral("anna"), 7);
+    keychain.saveToken(u"t"_s);
+    keychain.saveUserInfo(u"anna"_s, 7);
     QCOMPARE(secrets->calls, words("remove auth_token,add auth_token,remove auth_username,add auth_username,"
                                    "remove auth_user_id,add auth_user_id"));
-    QCOMPARE(secrets->items.value(QStringLiteral("auth_user_id")), "7");
+    QCOMPARE(secrets->items.value(u"auth_user_id"_s), "7");
     QCOMPARE(secrets->labels.values(), words("OrvaneTalk JWT token,OrvaneTalk user ID,OrvaneTalk username"));
 }
 
@@ -105,25 +107,25 @@ void TestKeychain::eachFailingCallIsToldAndChangesNoCache_data() {
     QTest::addColumn<QString>("failure");
     /// What the keychain then still knows: token, name, id.
     QTest::addColumn<QString>("known");
-    QTest::newRow("deleting the old name is not checked") << 0 << QString() << QStringLiteral("new 2");
-    QTest::newRow("adding the name") << 1 << QStringLiteral("save -25308") << QStringLiteral("old 1");
-    QTest::newRow("deleting the old id is not checked") << 2 << QString() << QStringLiteral("new 2");
-    QTest::newRow("adding the id") << 3 << QStringLiteral("save -25308") << QStringLiteral("old 1");
+    QTest::newRow("deleting the old name is not checked") << 0 << QString() << u"new 2"_s;
+    QTest::newRow("adding the name") << 1 << u"save -25308"_s << u"old 1"_s;
+    QTest::newRow("deleting the old id is not checked") << 2 << QString() << u"new 2"_s;
+    QTest::newRow("adding the id") << 3 << u"save -25308"_s << u"old 1"_s;
 }
 
 void TestKeychain::eachFailingCallIsToldAndChangesNoCache() {
     QFETCH(int, failingCall);
     const auto secrets = std::make_shared<StoredSecrets>();
     MessengerKeychain keychain(std::make_unique<FaultySecretStore>(secrets));
-    keychain.saveUserInfo(QStringLiteral("old"), 1);
+    keychain.saveUserInfo(u"old"_s, 1);
     secrets->calls.clear();
     secrets->failingCall = failingCall;
-    QTEST(failureOf([&] { keychain.saveUserInfo(QStringLiteral("new"), 2); }), "failure");
-    QTEST(QStringLiteral("%1 %2").arg(*keychain.getUsername()).arg(*keychain.getUserId()), "known");
+    QTEST(failureOf([&] { keychain.saveUserInfo(u"new"_s, 2); }), "failure");
+    QTEST(u"%1 %2"_s.arg(*keychain.getUsername()).arg(*keychain.getUserId()), "known");
 
     secrets->calls.clear();
     secrets->failingCall = 1;
-    QCOMPARE(failureOf([&] { keychain.saveToken(QStringLiteral("t")); }), QStringLiteral("save -25308"));
+    QCOMPARE(failureOf([&] { keychain.saveToken(u"t"_s); }), u"save -25308"_s);
     QVERIFY(!keychain.getToken());
 }
 
@@ -140,11 +142,11 @@ void TestKeychain::clearStopsAtTheFirstFailure() {
     QFETCH(int, failingCall);
     const auto secrets = std::make_shared<StoredSecrets>();
     MessengerKeychain keychain(std::make_unique<FaultySecretStore>(secrets));
-    keychain.saveToken(QStringLiteral("t"));
-    keychain.saveUserInfo(QStringLiteral("anna"), 7);
+    keychain.saveToken(u"t"_s);
+    keychain.saveUserInfo(u"anna"_s, 7);
     secrets->calls.clear();
     secrets->failingCall = failingCall;
-    QCOMPARE(failureOf([&] { keychain.clear(); }), QStringLiteral("delete -25308"));
+    QCOMPARE(failureOf([&] { keychain.clear(); }), u"delete -25308"_s);
     QTEST(QStringList(secrets->items.keys()), "left");
     QTEST(keychain.getToken().has_value(), "knowsToken");
     QCOMPARE(keychain.getUserId(), 7);
@@ -152,18 +154,18 @@ void TestKeychain::clearStopsAtTheFirstFailure() {
 
 void TestKeychain::readingAsksTheStoreOnce() {
     const auto secrets = std::make_shared<StoredSecrets>();
-    MessengerKeychain(std::make_unique<FaultySecretStore>(secrets)).saveToken(QStringLiteral("t"));
+    MessengerKeychain(std::make_unique<FaultySecretStore>(secrets)).saveToken(u"t"_s);
     secrets->calls.clear();
     secrets->failingCall = 0;
     MessengerKeychain keychain(std::make_unique<FaultySecretStore>(secrets));
-    QCOMPARE(failureOf([&] { keychain.getToken(); }), QStringLiteral("load -25308"));
-    QCOMPARE(keychain.getToken(), QStringLiteral("t"));
-    QCOMPARE(keychain.getToken(), QStringLiteral("t"));
+    QCOMPARE(failureOf([&] { keychain.getToken(); }), u"load -25308"_s);
+    QCOMPARE(keychain.getToken(), u"t"_s);
+    QCOMPARE(keychain.getToken(), u"t"_s);
     QCOMPARE(secrets->calls.size(), 2);
     secrets->failingCall = 2;
-    QCOMPARE(failureOf([&] { keychain.getUserId(); }), QStringLiteral("load -25308"));
+    QCOMPARE(failureOf([&] { keychain.getUserId(); }), u"load -25308"_s);
     secrets->failingCall = 3;
-    QCOMPARE(failureOf([&] { keychain.getUsername(); }), QStringLiteral("load -25308"));
+    QCOMPARE(failureOf([&] { keychain.getUsername(); }), u"load -25308"_s);
 }
 
 void TestKeychain::damagedItemsReadAsAbsent_data() {
@@ -178,7 +180,7 @@ void TestKeychain::damagedItemsReadAsAbsent() {
     QFETCH(QByteArray, bytes);
     const auto secrets = std::make_shared<StoredSecrets>();
     for (const char *account : {"auth_token", "auth_username", "auth_user_id"})
-        secrets->items.insert(QLatin1String(account), bytes);
+        secrets->items.insert(QLatin1StringView(account), bytes);
     MessengerKeychain keychain(std::make_unique<FaultySecretStore>(secrets));
     QVERIFY(!keychain.getToken());
     QVERIFY(!keychain.getUsername());

@@ -5,15 +5,15 @@
 
 #include <QRegularExpression>
 
+using namespace Qt::StringLiterals;
+
 using namespace orvane;
 
 namespace {
 
 std::shared_ptr<StoredSecrets> signedIn() {
     auto secrets = std::make_shared<StoredSecrets>();
-    secrets->items = {{QStringLiteral("auth_token"), "t"},
-                      {QStringLiteral("auth_username"), "anna"},
-                      {QStringLiteral("auth_user_id"), "7"}};
+    secrets->items = {{u"auth_token"_s, "t"}, {u"auth_username"_s, "anna"}, {u"auth_user_id"_s, "7"}};
     return secrets;
 }
 
@@ -41,7 +41,7 @@ private Q_SLOTS:
     void devicePayloadHasThreeEntries();
 
 private:
-    QString path() const { return m_folder->filePath(QStringLiteral("defaults.ini")); }
+    QString path() const { return m_folder->filePath(u"defaults.ini"_s); }
     /// The session as a new start of the program finds it.
     std::unique_ptr<MessengerSession> start(const std::shared_ptr<StoredSecrets> &secrets) const {
         return std::make_unique<MessengerSession>(std::make_unique<FaultySecretStore>(secrets),
@@ -90,11 +90,10 @@ void TestSession::restoreNeedsAllThreeItems() {
         QVERIFY(!session->token);
         QVERIFY(!session->currentUserId.value());
         QVERIFY(!session->currentUsername.value());
-        QCOMPARE(session->userIdText(), QStringLiteral("0"));
+        QCOMPARE(session->userIdText(), u"0"_s);
         return;
     }
-    QCOMPARE(QStringLiteral("%1 %2 %3")
-                 .arg(*session->token, *session->currentUsername.value(), session->userIdText()),
+    QCOMPARE(u"%1 %2 %3"_s.arg(*session->token, *session->currentUsername.value(), session->userIdText()),
              user);
 }
 
@@ -130,17 +129,17 @@ void TestSession::restoreTakesTheMatrixIdOfASignedInUserOnly() {
     QFETCH(bool, signedIn);
     const auto secrets = signedIn ? ::signedIn() : std::make_shared<StoredSecrets>();
     QVERIFY(!start(secrets)->matrixId.value());
-    UserDefaults(path()).set(QStringLiteral("ot_matrix_id"), QStringLiteral("@anna:example.org"));
+    UserDefaults(path()).set(u"ot_matrix_id"_s, u"@anna:example.org"_s);
     QCOMPARE(start(secrets)->matrixId.value().value_or(QString()),
-             signedIn ? QStringLiteral("@anna:example.org") : QString());
+             signedIn ? u"@anna:example.org"_s : QString());
 }
 
 void TestSession::storeThatOpensLaterGivesTheSignIn_data() {
     QTest::addColumn<QString>("meanwhile");
     QTest::addColumn<QString>("token");
-    QTest::newRow("nothing") << QString() << QStringLiteral("t");
-    QTest::newRow("somebody signs in") << QStringLiteral("in") << QStringLiteral("theirs");
-    QTest::newRow("somebody signs in and out") << QStringLiteral("in, out") << QString();
+    QTest::newRow("nothing") << QString() << u"t"_s;
+    QTest::newRow("somebody signs in") << u"in"_s << u"theirs"_s;
+    QTest::newRow("somebody signs in and out") << u"in, out"_s << QString();
 }
 
 void TestSession::storeThatOpensLaterGivesTheSignIn() {
@@ -150,7 +149,7 @@ void TestSession::storeThatOpensLaterGivesTheSignIn() {
     const auto session = start(secrets);
     QVERIFY(!session->isLoggedIn.value());
     if (meanwhile.startsWith(u"in")) {
-        session->token = QStringLiteral("theirs");
+        session->token = u"theirs"_s;
         session->isLoggedIn = true;
     }
     if (meanwhile.endsWith(u"out")) {
@@ -166,15 +165,15 @@ void TestSession::storeThatOpensLaterGivesTheSignIn() {
 void TestSession::deviceIdIsMadeOnceAndKept() {
     const auto secrets = std::make_shared<StoredSecrets>();
     const QString id = start(secrets)->deviceId;
-    QVERIFY(QRegularExpression(QStringLiteral("^dev_[0-9a-f]{16}$")).match(id).hasMatch());
-    QCOMPARE(UserDefaults(path()).text(QStringLiteral("ot_device_id")), id);
+    QVERIFY(QRegularExpression(u"^dev_[0-9a-f]{16}$"_s).match(id).hasMatch());
+    QCOMPARE(UserDefaults(path()).text(u"ot_device_id"_s), id);
     QCOMPARE(start(secrets)->deviceId.value(), id);
     init();
     QVERIFY(start(secrets)->deviceId.value() != id);
 }
 
 void TestSession::emptyDeviceIdIsReplaced() {
-    UserDefaults(path()).set(QStringLiteral("ot_device_id"), QString());
+    UserDefaults(path()).set(u"ot_device_id"_s, QString());
     const auto secrets = std::make_shared<StoredSecrets>();
     const QString id = start(secrets)->deviceId;
     QCOMPARE(id.size(), 20);
@@ -187,34 +186,33 @@ void TestSession::adoptedValuesComeBackAfterARestart() {
         const auto session = start(secrets);
         QCOMPARE(session->syncCursor.value(), 0);
         QCOMPARE(session->maxDevices.value(), 4);
-        session->adoptDeviceId(QStringLiteral("server's id"));
+        session->adoptDeviceId(u"server's id"_s);
         session->adoptSyncCursor(std::numeric_limits<qint64>::max());
         session->adoptSyncCursor(5);
         session->maxDevices = 9;
     }
     const auto session = start(secrets);
-    QCOMPARE(session->deviceId.value(), QStringLiteral("server's id"));
+    QCOMPARE(session->deviceId.value(), u"server's id"_s);
     QCOMPARE(session->syncCursor.value(), 5);
     QCOMPARE(session->maxDevices.value(), 4);
 }
 
 void TestSession::logoutClearsTheUserAndThenTurnsTheSwitch() {
     const auto session = start(signedIn());
-    session->currentDisplayName = QStringLiteral("Anna");
-    session->matrixId = QStringLiteral("@anna:example.org");
+    session->currentDisplayName = u"Anna"_s;
+    session->matrixId = u"@anna:example.org"_s;
     QStringList order;
     const auto note = [&order](const char *name) {
-        return [&order, name] { order.append(QLatin1String(name)); };
+        return [&order, name] { order.append(QLatin1StringView(name)); };
     };
     const auto id = session->currentUserId.onValueChanged(note("id"));
     const auto username = session->currentUsername.onValueChanged(note("username"));
     const auto displayName = session->currentDisplayName.onValueChanged(note("displayName"));
     const auto matrixId = session->matrixId.onValueChanged(note("matrixId"));
-    const auto loggedIn = session->isLoggedIn.onValueChanged([&] {
-        order.append(session->token ? QStringLiteral("switch, token left") : QStringLiteral("switch"));
-    });
+    const auto loggedIn = session->isLoggedIn.onValueChanged(
+        [&] { order.append(session->token ? u"switch, token left"_s : u"switch"_s); });
     session->logout();
-    QCOMPARE(order.join(QLatin1Char(' ')), QStringLiteral("id username displayName matrixId switch"));
+    QCOMPARE(order.join(u' '), u"id username displayName matrixId switch"_s);
     QVERIFY(!session->currentUserId.value() && !session->currentUsername.value());
     QVERIFY(!session->currentDisplayName.value() && !session->matrixId.value());
     QVERIFY(!session->keychain.getToken());
@@ -251,11 +249,10 @@ void TestSession::logoutSucceedsWhenTheStoreRefuses() {
 
 void TestSession::devicePayloadHasThreeEntries() {
     const auto session = start(signedIn());
-    session->adoptDeviceId(QStringLiteral("d"));
+    session->adoptDeviceId(u"d"_s);
     QCOMPARE(session->devicePayload(),
-             (QMap<QString, QString>{{QStringLiteral("device_id"), QStringLiteral("d")},
-                                     {QStringLiteral("device_name"), QStringLiteral("Mac")},
-                                     {QStringLiteral("platform"), QStringLiteral("macos")}}));
+             (QMap<QString, QString>{
+                 {u"device_id"_s, u"d"_s}, {u"device_name"_s, u"Mac"_s}, {u"platform"_s, u"macos"_s}}));
 }
 
 ORVANE_TEST_MAIN(TestSession)

@@ -12,6 +12,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// How a task ended: its value, or a short name for what it threw: "api 404", "transport", "json",
 /// "decoding", "badResponse".
 template <typename T>
@@ -22,15 +24,15 @@ struct Outcome {
 
 inline QString nameOf(const std::exception &error) {
     if (const auto *api = dynamic_cast<const ApiError *>(&error))
-        return QStringLiteral("%1 %2").arg(api->domain(), QString::number(api->code()));
+        return u"%1 %2"_s.arg(api->domain(), QString::number(api->code()));
     if (dynamic_cast<const TransportError *>(&error))
-        return QStringLiteral("transport");
+        return u"transport"_s;
     if (dynamic_cast<const JsonError *>(&error))
-        return QStringLiteral("json");
+        return u"json"_s;
     if (dynamic_cast<const DecodingError *>(&error))
-        return QStringLiteral("decoding");
+        return u"decoding"_s;
     if (dynamic_cast<const MessengerAPIError *>(&error))
-        return QStringLiteral("badResponse");
+        return u"badResponse"_s;
     return QString::fromUtf8(error.what());
 }
 

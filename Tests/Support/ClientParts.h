@@ -14,6 +14,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// What a screen stands on, connected to servers that follow a script. Nobody is signed in.
 struct ClientParts {
     ScriptedHttpServer http;
@@ -21,7 +23,7 @@ struct ClientParts {
     QTemporaryDir folder;
     std::shared_ptr<StoredSecrets> secrets = std::make_shared<StoredSecrets>();
     MessengerSession session{std::make_unique<FaultySecretStore>(secrets),
-                             std::make_unique<UserDefaults>(folder.filePath(QStringLiteral("defaults.ini")))};
+                             std::make_unique<UserDefaults>(folder.filePath(u"defaults.ini"_s))};
     MessengerAPI api{http.base(), session};
     MessengerWebSocket socket{events.url(), {}};
     std::shared_ptr<RecordingNotifications::Notes> notes = std::make_shared<RecordingNotifications::Notes>();
@@ -29,9 +31,9 @@ struct ClientParts {
 
     /// User 7 with the token "tok".
     void signIn() {
-        session.token = QStringLiteral("tok");
+        session.token = u"tok"_s;
         session.currentUserId = 7;
-        session.currentUsername = QStringLiteral("anna");
+        session.currentUsername = u"anna"_s;
         session.isLoggedIn = true;
     }
 

@@ -52,7 +52,7 @@ public:
 
 private:
     bool fails(const char *call, const QString &account) {
-        m_secrets->calls.append(QLatin1String(call) + account);
+        m_secrets->calls.append(QLatin1StringView(call) + account);
         return m_secrets->calls.size() - 1 == m_secrets->failingCall;
     }
 

@@ -1,11 +1,13 @@
 #include "Support/LockedKeyring.h"
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 bool LockedKeyring::start(const QByteArray &items) {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QStringLiteral("/usr/bin/python3"),
-                    {QStringLiteral("-B"), QStringLiteral(LOCKED_KEYRING), QString::fromUtf8(items)});
+    m_process.start(u"/usr/bin/python3"_s,
+                    {u"-B"_s, QStringLiteral(LOCKED_KEYRING), QString::fromUtf8(items)});
     return says("ready\n", 20'000);
 }
 

@@ -9,6 +9,8 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// What an open chat stands on, with nothing of it shared: the network never changes, nobody is linked
 /// directly, and what is copied is written down.
 struct OpenChatParts : ClientParts {
@@ -20,8 +22,7 @@ struct OpenChatParts : ClientParts {
     struct Engines {
         explicit Engines(ClientParts &parts)
             : store(parts.secrets)
-            , queue(parts.folder.filePath(QStringLiteral("queue")), store, parts.api,
-                    std::make_unique<StillPath>())
+            , queue(parts.folder.filePath(u"queue"_s), store, parts.api, std::make_unique<StillPath>())
             , channel(parts.session, 0, 0)
             , ai(parts.api, parts.http.base()) {}
 

@@ -2,11 +2,13 @@
 
 #include <QWebSocket>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 RecordingSocketServer::RecordingSocketServer(QObject *parent)
     : QObject(parent)
-    , m_server(QStringLiteral("recording"), QWebSocketServer::NonSecureMode) {
+    , m_server(u"recording"_s, QWebSocketServer::NonSecureMode) {
     connect(&m_server, &QWebSocketServer::newConnection, this, [this] {
         while (QWebSocket *socket = m_server.nextPendingConnection()) {
             socket->setParent(this);
@@ -15,7 +17,7 @@ RecordingSocketServer::RecordingSocketServer(QObject *parent)
             connection->socket = socket;
             connection->resource = socket->requestUrl().path(QUrl::FullyEncoded);
             if (socket->requestUrl().hasQuery())
-                connection->resource += QLatin1Char('?') + socket->requestUrl().query();
+                connection->resource += u'?' + socket->requestUrl().query();
             QObject::connect(
                 socket, &QWebSocket::textMessageReceived, this,
                 [record = connection.get()](const QString &frame) { record->frames.append(frame); });
@@ -32,7 +34,7 @@ RecordingSocketServer::~RecordingSocketServer() {
 }
 
 QString RecordingSocketServer::url() const {
-    return QStringLiteral("ws://127.0.0.1:%1/ws").arg(m_port);
+    return u"ws://127.0.0.1:%1/ws"_s.arg(m_port);
 }
 
 QStringList RecordingSocketServer::frames(qsizetype connection) const {

@@ -13,12 +13,14 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
 /// A window with one screen.
 struct ScreenWindow : QQuickView {
     ScreenWindow() {
         [[maybe_unused]] static const bool once = (installAccessibleButtons(), true);
-        engine()->addImportPath(QStringLiteral("qrc:/"));
-        engine()->addImageProvider(QStringLiteral("symbol"), new SymbolImages);
+        engine()->addImportPath(u"qrc:/"_s);
+        engine()->addImageProvider(u"symbol"_s, new SymbolImages);
         setResizeMode(QQuickView::SizeRootObjectToView);
     }
 
@@ -124,8 +126,7 @@ struct ScreenWindow : QQuickView {
     /// For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder.
     void takePicture(const QString &name = {}) {
         if (const QString pictures = qEnvironmentVariable("ORVANETALK_PICTURES"); !pictures.isEmpty())
-            grabWindow().save(QStringLiteral("%1/%2-%3%4.png")
-                                  .arg(pictures, QString::fromUtf8(QTest::currentDataTag()))
+            grabWindow().save(u"%1/%2-%3%4.png"_s.arg(pictures, QString::fromUtf8(QTest::currentDataTag()))
                                   .arg(++m_pictures)
                                   .arg(name));
     }

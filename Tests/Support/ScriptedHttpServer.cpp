@@ -2,6 +2,8 @@
 
 #include <QTcpSocket>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -64,7 +66,7 @@ ScriptedHttpServer::ScriptedHttpServer(QObject *parent)
 }
 
 QString ScriptedHttpServer::base() const {
-    return QStringLiteral("http://127.0.0.1:%1").arg(port());
+    return u"http://127.0.0.1:%1"_s.arg(port());
 }
 
 void ScriptedHttpServer::release() {

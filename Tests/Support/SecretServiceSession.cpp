@@ -4,6 +4,8 @@
 
 #include <csignal>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -41,11 +43,9 @@ bool SecretServiceSession::start() {
 
 bool SecretServiceSession::startDaemon() {
     m_daemon.setProcessChannelMode(QProcess::MergedChannels);
-    m_daemon.start(QStringLiteral("gnome-keyring-daemon"),
-                   {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
-                    QStringLiteral("--components=secrets"),
-                    QStringLiteral("--control-directory=") + qEnvironmentVariable("XDG_RUNTIME_DIR") +
-                        QStringLiteral("/keyring")});
+    m_daemon.start(u"gnome-keyring-daemon"_s,
+                   {u"--foreground"_s, u"--unlock"_s, u"--components=secrets"_s,
+                    u"--control-directory="_s + qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/keyring"_s});
     if (!m_daemon.waitForStarted(10'000))
         return false;
     m_daemon.write("known password");

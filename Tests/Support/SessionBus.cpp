@@ -2,6 +2,8 @@
 
 #include <QFile>
 
+using namespace Qt::StringLiterals;
+
 namespace orvane {
 
 namespace {
@@ -26,15 +28,14 @@ constexpr char busConfiguration[] =
 
 bool SessionBus::start() {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    QFile configuration(runtime + QStringLiteral("/bus.conf"));
+    QFile configuration(runtime + u"/bus.conf"_s);
     if (!configuration.open(QIODevice::WriteOnly))
         return false;
     configuration.write(QString::fromLatin1(busConfiguration).arg(runtime).toUtf8());
     configuration.close();
 
-    m_daemon.start(QStringLiteral("dbus-daemon"),
-                   {QStringLiteral("--config-file=") + configuration.fileName(), QStringLiteral("--nofork"),
-                    QStringLiteral("--print-address")});
+    m_daemon.start(u"dbus-daemon"_s,
+                   {u"--config-file="_s + configuration.fileName(), u"--nofork"_s, u"--print-address"_s});
     if (!m_daemon.waitForReadyRead(10'000))
         return false;
     qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.readAllStandardOutput().trimmed());
