@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import QtQuick
 
 // The yardstick of scrolling: a list whose rows are as large as a chat's and draw as much, with nothing behind them.

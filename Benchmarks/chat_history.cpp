@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Heap.h"
 #include "ManyChats.h"
 #include "OffscreenScene.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ManyChats.h"
 #include "OffscreenScene.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/ChatListAnswer.h"
 #include "Model/MessengerMessage.h"
 #include "Ratio.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/LanFrames.h"
 #include "LocalNetwork/MessengerP2PDataChannel.h"
 #include "Platform/SecretStore.h"

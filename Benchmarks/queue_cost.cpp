@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/QueueFile.h"
 #include "Ratio.h"
 

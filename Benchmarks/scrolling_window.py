@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Scrolling a conversation in a real window, drawn by the processor against drawn by GL without a graphics card.
 
     ORVANETALK_BUILD=build/release /usr/bin/python3 Benchmarks/scrolling_window.py [seconds]

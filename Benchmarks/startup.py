@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Start-up of the signed-in client with 200 chats against a bare window, both measured in one run.
 
     ORVANETALK_BUILD=build/release /usr/bin/python3 Benchmarks/startup.py [rounds]

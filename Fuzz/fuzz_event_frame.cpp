@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Invariant.h"
 #include "Model/MessengerMessage.h"
 #include "RichContent/PollVotes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Invariant.h"
 #include "LocalNetwork/FrameReader.h"
 #include "LocalNetwork/LanFrames.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/FaultScript.h"
 
 #include <algorithm>

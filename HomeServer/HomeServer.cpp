@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/HomeServer.h"
 
 #include "HomeServer/Accounts/AccountOperations.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What every folder shares: the language level, the warnings, and one function for each kind of target.
 
 set(CMAKE_CXX_STANDARD 20)

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Configures a preset where that is due, and builds it: build.sh PRESET [cmake --build options]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what the given package lists name and this system lacks: install-packages.sh LIST...
 set -euo pipefail
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Accounts/AccountOperations.h"
 
 #include "HomeServer/Accounts/Export.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Accounts/Devices.h"
 
 #include "HomeServer/Accounts/Sessions.h"

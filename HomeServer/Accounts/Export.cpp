@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Accounts/Export.h"
 
 #include "HomeServer/Chats/ChatStore.h"

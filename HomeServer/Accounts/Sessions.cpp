@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Accounts/Sessions.h"
 
 #include "HomeServer/Events/EventHub.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Accounts/SignIn.h"
 
 #include "HomeServer/Accounts/Sessions.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Accounts/Users.h"
 
 #include "HomeServer/Events/EventHub.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Ai/AiOperations.h"
 
 #include "HomeServer/Ai/Memory.h"

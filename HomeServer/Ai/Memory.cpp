@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Ai/Memory.h"
 
 #include "HomeServer/Ai/TextRules.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Ai/ModelEndpoint.h"
 
 #include <QJsonArray>

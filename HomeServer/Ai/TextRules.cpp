@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Ai/TextRules.h"
 
 #include "HomeServer/Chats/Search.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Chats/ChatOperations.h"
 
 #include "HomeServer/Chats/ChatStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Chats/ChatStore.h"
 
 #include "HomeServer/Accounts/Users.h"

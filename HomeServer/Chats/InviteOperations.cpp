@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Chats/InviteOperations.h"
 
 #include "HomeServer/Chats/ChatStore.h"

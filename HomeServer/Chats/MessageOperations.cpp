@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Chats/MessageOperations.h"
 
 #include "HomeServer/Chats/ChatStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Chats/Search.h"
 
 #include "HomeServer/Chats/MessageStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Events/EventHub.h"
 
 #include "HomeServer/Options.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Events/EventSocket.h"
 
 #include <QJsonDocument>

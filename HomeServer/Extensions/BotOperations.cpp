@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Extensions/BotOperations.h"
 
 #include "HomeServer/Accounts/Users.h"

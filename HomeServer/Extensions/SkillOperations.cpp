@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Extensions/SkillOperations.h"
 
 #include "HomeServer/Chats/ChatStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Extensions/Slug.h"
 
 #include <QRegularExpression>

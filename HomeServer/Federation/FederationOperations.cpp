@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Federation/FederationOperations.h"
 
 #include "HomeServer/Federation/ServerName.h"

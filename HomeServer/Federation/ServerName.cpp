@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Federation/ServerName.h"
 
 #include "HomeServer/Store/Query.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Files/FileOperations.h"
 
 #include "HomeServer/Chats/ChatStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Files/FileStore.h"
 
 #include "HomeServer/Http/Message.h"

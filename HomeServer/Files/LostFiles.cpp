@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Files/LostFiles.h"
 
 #include "HomeServer/Files/FileStore.h"

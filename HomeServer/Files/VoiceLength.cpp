@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Files/VoiceLength.h"
 
 #include <QtEndian>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Http/Fields.h"
 
 #include "HomeServer/Http/Message.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Http/HttpFront.h"
 
 #include "HomeServer/FaultScript.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Http/Message.h"
 
 #include <QJsonDocument>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Local/PresenceOperations.h"
 
 #include "HomeServer/Accounts/Users.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Local/SignalRelay.h"
 
 #include "HomeServer/Chats/ChatStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Operations/Call.h"
 
 #include "HomeServer/Events/EventHub.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Operations/Dispatcher.h"
 
 #include "HomeServer/Accounts/Sessions.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Operations/Idempotency.h"
 
 #include "HomeServer/Store/Query.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Operations/Router.h"
 
 namespace orvane::homeserver {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/People/ContactOperations.h"
 
 #include "HomeServer/Accounts/Users.h"

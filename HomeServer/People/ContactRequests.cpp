@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/People/ContactRequests.h"
 
 #include "HomeServer/Accounts/Users.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/People/KeyOperations.h"
 
 #include "HomeServer/Chats/ChatStore.h"

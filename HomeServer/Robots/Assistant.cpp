@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Robots/Assistant.h"
 
 #include "HomeServer/Accounts/Users.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Robots/RobotAccounts.h"
 
 #include "HomeServer/Accounts/Users.h"

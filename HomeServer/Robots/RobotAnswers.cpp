@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Robots/RobotAnswers.h"
 
 #include "HomeServer/Robots/Assistant.h"

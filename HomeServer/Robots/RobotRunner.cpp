@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Robots/RobotRunner.h"
 
 #include "HomeServer/Chats/ChatStore.h"

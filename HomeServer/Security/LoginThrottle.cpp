@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Security/LoginThrottle.h"
 
 namespace orvane::homeserver {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Security/Sealed.h"
 
 #include "HomeServer/Security/Passwords.h"

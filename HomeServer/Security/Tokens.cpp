@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Security/Tokens.h"
 
 #include <openssl/rand.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Store/Database.h"
 
 #include "HomeServer/Store/Query.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Store/Query.h"
 
 #include <QRegularExpression>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Store/Schema.h"
 
 #include "HomeServer/Store/Query.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AI/MessengerAIService.h"
 
 #include "Base/Json.h"

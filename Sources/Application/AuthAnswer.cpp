@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Application/AuthAnswer.h"
 
 #include "Base/Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Application/AuthView.h"
 
 #include "Application/AuthAnswer.h"

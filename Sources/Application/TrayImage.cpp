@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Application/TrayImage.h"
 
 #include <QFontMetricsF>

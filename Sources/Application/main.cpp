@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Application/OrvaneTalkApp.h"
 #include "Interface/AccessibleButton.h"
 #include "Interface/SymbolImages.h"

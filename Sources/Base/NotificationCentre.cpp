@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Base/NotificationCentre.h"
 
 namespace orvane {

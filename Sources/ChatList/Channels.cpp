@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/Channels.h"
 
 #include "Base/Json.h"

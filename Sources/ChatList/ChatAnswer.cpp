@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/ChatAnswer.h"
 
 #include "Base/Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/ChatRows.h"
 
 #include "Interface/DisplayTimes.h"

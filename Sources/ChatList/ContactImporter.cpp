@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/ContactImporter.h"
 
 #include "Platform/DesktopAddressBook.h"

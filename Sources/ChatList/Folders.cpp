@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/Folders.h"
 
 #include "Base/Task.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/ImportedContact.h"
 
 #include "ChatList/Blanks.h"

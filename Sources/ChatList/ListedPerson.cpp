@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/ListedPerson.h"
 
 #include "Base/FreshId.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/MessageSearch.h"
 
 #include "Base/FreshId.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/MessengerChatListView.h"
 
 #include "Base/FreshId.h"

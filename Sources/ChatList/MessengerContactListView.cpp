@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/MessengerContactListView.h"
 
 #include "Base/Task.h"

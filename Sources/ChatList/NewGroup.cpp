@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/NewGroup.h"
 
 #include "Base/Json.h"

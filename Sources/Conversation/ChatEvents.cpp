@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/ChatEvents.h"
 
 #include "Base/FreshId.h"

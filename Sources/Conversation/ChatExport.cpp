@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/ChatExport.h"
 
 #include "Conversation/MessengerChatView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/HistoryLoader.h"
 
 #include "Base/FreshId.h"

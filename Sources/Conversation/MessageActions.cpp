@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessageActions.h"
 
 #include "Base/DescribedError.h"

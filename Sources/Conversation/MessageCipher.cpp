@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessageCipher.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessageForwarding.h"
 
 #include "Base/DescribedError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessageLinks.h"
 
 #include <QAbstractTextDocumentLayout>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessageRows.h"
 
 #include "Conversation/MessagePlacement.h"

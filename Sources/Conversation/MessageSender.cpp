@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessageSender.h"
 
 #include "Base/FreshId.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessengerOfflineQueue.h"
 
 #include "Base/LogLine.h"

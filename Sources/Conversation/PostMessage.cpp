@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/PostMessage.h"
 
 #include "Base/Json.h"

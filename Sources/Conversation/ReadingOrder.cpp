@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/ReadingOrder.h"
 
 #include <QAccessible>

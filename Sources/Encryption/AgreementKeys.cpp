@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/AgreementKeys.h"
 
 #include <openssl/bn.h>

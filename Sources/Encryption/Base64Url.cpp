@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/Base64Url.h"
 
 namespace orvane {

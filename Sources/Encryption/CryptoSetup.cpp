@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/CryptoSetup.h"
 
 #include "Base/Task.h"

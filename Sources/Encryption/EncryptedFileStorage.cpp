@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/EncryptedFileStorage.h"
 
 #include "Encryption/Primitives.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/EncryptedMessage.h"
 
 #include "Base/Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/EncryptionErrors.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/KeyServers.h"
 
 #include "Server/MessengerAPI.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/MessengerCrypto.h"
 
 #include "Session/MessengerSession.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/MessengerZkCrypto.h"
 
 #include "Base/Json.h"

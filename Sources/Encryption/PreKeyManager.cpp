@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/PreKeyManager.h"
 
 #include "Base/LogLine.h"

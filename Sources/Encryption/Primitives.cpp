@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/Primitives.h"
 
 #include <openssl/core_names.h>

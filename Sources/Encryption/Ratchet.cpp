@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/Ratchet.h"
 
 #include <algorithm>

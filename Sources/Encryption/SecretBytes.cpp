@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/SecretBytes.h"
 
 #include <openssl/crypto.h>

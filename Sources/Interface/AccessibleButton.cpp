@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Interface/AccessibleButton.h"
 
 #include <QAccessible>

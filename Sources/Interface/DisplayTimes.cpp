@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Interface/DisplayTimes.h"
 
 #include <QElapsedTimer>

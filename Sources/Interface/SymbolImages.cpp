@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Interface/SymbolImages.h"
 
 #include <QFile>

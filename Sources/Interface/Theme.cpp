@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Interface/Theme.h"
 
 #include <QFontDatabase>

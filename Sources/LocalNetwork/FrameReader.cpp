@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/FrameReader.h"
 
 #include <QtEndian>

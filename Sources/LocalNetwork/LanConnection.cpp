@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/LanConnection.h"
 
 #include <QNetworkProxy>

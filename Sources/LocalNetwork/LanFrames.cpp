@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/LanFrames.h"
 
 #include "Base/Json.h"

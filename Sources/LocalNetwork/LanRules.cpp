@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/LanRules.h"
 
 #include <QHostAddress>

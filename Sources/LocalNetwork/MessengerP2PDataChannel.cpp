@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/MessengerP2PDataChannel.h"
 
 #include "Base/LogLine.h"

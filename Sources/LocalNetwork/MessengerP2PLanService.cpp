@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/MessengerP2PLanService.h"
 
 #include "Base/Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/P2PLanPanelView.h"
 
 #include "Base/Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/ChatFolder.h"
 
 #include "Base/Json.h"

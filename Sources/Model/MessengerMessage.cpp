@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/MessengerMessage.h"
 
 #include "Base/Json.h"

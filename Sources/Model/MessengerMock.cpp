@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/MessengerMock.h"
 
 #include "Base/FreshId.h"

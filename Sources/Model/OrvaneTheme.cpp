@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/OrvaneTheme.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/DesktopNotifications.h"
 
 #include <QDBusPendingCallWatcher>

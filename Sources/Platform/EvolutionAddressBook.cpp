@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/EvolutionAddressBook.h"
 
 #include "Platform/EvolutionSources.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/FileSecretStore.h"
 
 #include "Base/Json.h"

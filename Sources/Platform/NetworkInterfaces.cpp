@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/NetworkInterfaces.h"
 
 #include <QFile>

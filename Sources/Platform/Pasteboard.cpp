@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/Pasteboard.h"
 
 #include <QClipboard>

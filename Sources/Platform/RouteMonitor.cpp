@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/RouteMonitor.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/SecretServiceClient.h"
 
 #include <libsecret/secret.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/SingleInstance.h"
 
 #include "Base/LogLine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/UnifiedPush.h"
 
 #include "Base/FreshId.h"

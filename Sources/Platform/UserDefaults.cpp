@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/UserDefaults.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/VCard.h"
 
 #include "Platform/VCardLines.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/VCardFolder.h"
 
 #include "Platform/Folders.h"

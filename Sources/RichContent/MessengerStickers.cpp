@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RichContent/MessengerStickers.h"
 
 #include "RichContent/StickerCatalogue.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RichContent/PollCardView.h"
 
 #include "RichContent/PollVotes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RichContent/PollCreatorView.h"
 
 #include "Base/FreshId.h"

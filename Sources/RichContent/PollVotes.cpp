@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RichContent/PollVotes.h"
 
 #include "Base/Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RichContent/StickerPickerView.h"
 
 #include "Base/Task.h"

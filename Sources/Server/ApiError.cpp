@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/ApiError.h"
 
 using namespace Qt::StringLiterals;

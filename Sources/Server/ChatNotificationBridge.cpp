@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/ChatNotificationBridge.h"
 
 #include "Platform/DesktopNotifications.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/HttpAnswer.h"
 
 #include "Server/NetworkAccess.h"

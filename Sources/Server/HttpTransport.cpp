@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/HttpTransport.h"
 
 #include "Base/Json.h"

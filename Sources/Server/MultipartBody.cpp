@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/MultipartBody.h"
 
 namespace orvane {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/NetworkAccess.h"
 
 #include <QIODevice>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/ResultConventions.h"
 
 #include "Server/ApiError.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/MessengerAPI.h"
 
 #include "Base/FreshId.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Session/KeychainError.h"
 
 #include "Platform/SecretStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Session/MessengerKeychain.h"
 
 #include "Session/UserIdText.h"

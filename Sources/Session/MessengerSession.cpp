@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Session/MessengerSession.h"
 
 #include "Platform/ChosenSecretStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Features that are off unless the environment turns them on. Each is read once, at its first use. Any

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Session/UserIdText.h"
 
 #include <algorithm>

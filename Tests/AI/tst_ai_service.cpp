@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AI/MessengerAIService.h"
 #include "HomeServer/Client.h"
 #include "Support/Await.h"

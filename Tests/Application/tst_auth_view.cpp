@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Application/AuthView.h"
 #include "Support/ClientParts.h"
 #include "Support/TestMain.h"

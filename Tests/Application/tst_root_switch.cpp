@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Application/OrvaneTalkApp.h"
 #include "Support/RecordingSocketServer.h"
 #include "Support/ScriptedHttpServer.h"

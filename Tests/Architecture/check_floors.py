@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Checks that every folder under Sources/ uses only lower floors, and that no file outgrows its limit.
 
 check_floors.py ROOT prints one line per violation, "file:line: what is wrong", and fails if there is one.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Every C++ file is as clang-format would write it, and every script passes shellcheck: format.sh ROOT
 set -euo pipefail
 cd "$1"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fails on what qmllint finds in the screens, but for what its version 6.4 gets wrong: qmllint.py ROOT BUILD"""
 
 import json

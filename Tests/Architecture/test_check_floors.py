@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A tree with one violation of a kind must fail with its file and line, and the sound tree must pass."""
 
 import subprocess

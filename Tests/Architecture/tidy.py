@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs clang-tidy over what changed since it last passed: tidy.py ROOT BUILD [FILE-PATTERN]
 
 A translation unit is checked again when its command, its headers of this tree, or the settings changed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Base/Json.h"
 
 #include <QTest>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Base/RecordList.h"
 
 #include <QAbstractItemModelTester>

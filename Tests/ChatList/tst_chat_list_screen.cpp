@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/MessengerChatListView.h"
 #include "Support/KnownAddressBook.h"
 #include "Support/OpenChatParts.h"

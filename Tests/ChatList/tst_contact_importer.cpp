@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/ContactImporter.h"
 #include "Support/Await.h"
 #include "Support/ClientParts.h"

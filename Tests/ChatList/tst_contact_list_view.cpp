@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/MessengerContactListView.h"
 #include "HomeServer/Client.h"
 #include "Support/ClientParts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChatList/SortedChats.h"
 #include "Support/TestMain.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Base/LogLine.h"
 #include "Base/Task.h"
 #include "Conversation/MessengerOfflineQueue.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Kills a queue at any moment of its saves and drains, and counts what is left: test_queue_kill.py SERVER QUEUE
 
 The list on the disk is always the one of before or after a step, and the home server ends up with each message

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/ChatWindow.h"
 #include "Interface/DisplayTimes.h"
 

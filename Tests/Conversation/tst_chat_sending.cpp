@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Base/Task.h"
 #include "Conversation/OpenChat.h"
 #include "Encryption/MessengerCrypto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/Links.h"
 #include "Support/TestMain.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessagePlacement.h"
 #include "Support/TestMain.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "QueueDesk.h"
 #include "Support/Await.h"
 #include "Support/TestMain.h"

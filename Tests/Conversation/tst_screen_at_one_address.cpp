@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conversation/MessengerChatView.h"
 #include "Support/OpenChatParts.h"
 #include "Support/TestMain.h"

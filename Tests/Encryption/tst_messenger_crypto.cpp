@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/CryptoSetup.h"
 #include "Support/ClientParts.h"
 #include "Support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/AgreementKeys.h"
 #include "Encryption/Base64Url.h"
 #include "Support/TestMain.h"

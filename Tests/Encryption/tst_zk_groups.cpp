@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Encryption/KeyServers.h"
 #include "Encryption/MessengerZkCrypto.h"
 #include "HomeServer/Client.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A person keeps house: channels, folders, a group, the saved chat, a search, stars, the menu of a row, all by keys."""
 
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Two people find each other: a request that is rejected, one that is accepted, and an address book from vCards."""
 
 import sqlite3

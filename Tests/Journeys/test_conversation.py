@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Two people talk: answers, edits, reactions, pins, stars, polls, stickers, a summary, and a server that goes away."""
 
 import json

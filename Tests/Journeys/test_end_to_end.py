@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The end-to-end layer is off until the environment turns it on; then two people share a group nobody else reads."""
 
 import base64

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Two newcomers register, meet in the Lobby and talk; one comes back later; the server goes and comes."""
 
 import re

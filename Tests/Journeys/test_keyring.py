@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Desktops whose keyring keeps silent, stays locked or is gone: a person gets a window, and their sign-in in the end."""
 
 import json

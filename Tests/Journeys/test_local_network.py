@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Direct delivery is switched on, finds who is on the same network, and links with whoever answers."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A person closes the window: the client stays in the tray where there is one, and goes on counting."""
 
 import unittest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Machines of one local network, each a network namespace with an interface en0, run the real service.
 
 This process has a network of its own too, with the switch that their cables lead to and the home server on it.

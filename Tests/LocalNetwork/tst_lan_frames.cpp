@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LocalNetwork/FrameReader.h"
 #include "LocalNetwork/LanFrames.h"
 #include "Support/TestMain.h"

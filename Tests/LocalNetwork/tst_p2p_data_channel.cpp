@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LanPeers.h"
 #include "Support/SignedInSession.h"
 #include "Support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Client.h"
 #include "LanPeers.h"
 #include "LocalNetwork/P2PLanPanelView.h"

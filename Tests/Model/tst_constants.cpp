@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/MessengerMock.h"
 #include "Model/OrvaneTheme.h"
 

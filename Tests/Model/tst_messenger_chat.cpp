@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/MessengerChat.h"
 
 #include <QTest>

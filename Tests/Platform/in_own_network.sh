@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs a program in a network of its own, or skips it where that is forbidden: in_own_network.sh PROGRAM…
 set -euo pipefail
 apart=(unshare --map-root-user --net)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/DesktopNotifications.h"
 #include "Support/SessionBus.h"
 #include "Support/TestMain.h"

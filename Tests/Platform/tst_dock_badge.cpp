@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/LauncherBadge.h"
 #include "Platform/TrayIcon.h"
 #include "Support/SessionBus.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/FileSecretStore.h"
 #include "Support/StoreBytes.h"
 #include "Support/TestMain.h"

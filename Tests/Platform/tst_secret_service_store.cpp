@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/SecretServiceStore.h"
 #include "Support/LockedKeyring.h"
 #include "Support/SecretServiceSession.h"

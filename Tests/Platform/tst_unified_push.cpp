@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/UnifiedPush.h"
 #include "Support/SessionBus.h"
 #include "Support/TestMain.h"

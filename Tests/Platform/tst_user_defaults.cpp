@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/Folders.h"
 #include "Platform/UserDefaults.h"
 #include "Support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/DerivedJson.h"
 #include "RichContent/PollCardView.h"
 #include "RichContent/PollCreatorView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Model/MessengerPoll.h"
 #include "Support/ScreenWindow.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RichContent/StickerCatalogue.h"
 #include "RichContent/StickerPickerView.h"
 #include "Support/TestMain.h"

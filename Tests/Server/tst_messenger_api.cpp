@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/MessengerAPI.h"
 #include "Support/Await.h"
 #include "Support/ScriptedHttpServer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/ChatNotificationBridge.h"
 #include "Support/RecordingNotifications.h"
 #include "Support/TestMain.h"

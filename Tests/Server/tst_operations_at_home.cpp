@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HomeServer/Client.h"
 #include "Server/ApiError.h"
 #include "Server/MessengerAPI.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Server/HttpTransport.h"
 #include "Server/ResultConventions.h"
 #include "Support/Await.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/UserDefaults.h"
 #include "Session/MessengerSession.h"
 #include "Support/FaultySecretStore.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Support/LockedKeyring.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Support/SecretServiceSession.h"
 
 #include <libsecret/secret.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A keyring that is locked: locked_keyring.py '{"account": "secret"}'. It says "ready" when it can be asked and "asked"
 when its dialog opens, which is answered on standard input: "open" unlocks it, "dismiss" does not."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The session bus of one person, with a keyring and with assistive technology on it."""
 
 import subprocess

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """An event socket of a device that no window belongs to."""
 
 import base64

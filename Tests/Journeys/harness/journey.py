@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The frame of one journey: what is started before it and ended after it, and what it leaves on failure."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Networks of a test's own, which nobody outside sees and which go with its process."""
 
 import os

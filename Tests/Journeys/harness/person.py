@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """One person at a desk of their own: home, display, session bus, keyring, and the client in a window."""
 
 import os

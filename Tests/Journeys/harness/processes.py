@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Every process that a journey starts, so that all of them end with it."""
 
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What is on a screen, as assistive technology sees it."""
 
 import re

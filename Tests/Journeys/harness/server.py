@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The home server that a journey talks to."""
 
 import os
