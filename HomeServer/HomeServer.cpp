@@ -47,6 +47,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The whole interface. Whoever adds to it announces here what clients can't take for granted.
 Router everyRoute() {
     Router router;
     addSignIn(router);
@@ -69,6 +70,7 @@ Router everyRoute() {
     addBots(router);
     addSkills(router);
     addAi(router);
+    addRobots(router);
     return router;
 }
 
@@ -90,11 +92,18 @@ struct HomeServer::Running {
         , robots(services)
         , files(QDir(options.dataFolder).filePath(u"files"_s), options.maxStoredBytes)
         , model(options.aiUrl, network)
-        , services{options,  database, events,
-                   throttle, robots,   files,
-                   network,  model,    [this] { return httpUrl().toString(); },
-                   workers}
-        , dispatcher(everyRoute(), services)
+        , services{options,
+                   database,
+                   events,
+                   throttle,
+                   robots,
+                   files,
+                   network,
+                   model,
+                   [this] { return httpUrl().toString(); },
+                   workers,
+                   router.features()}
+        , dispatcher(router, services)
         , http([this](const Request &request,
                       const HttpFront::Finish &finish) { dispatcher.handle(request, finish); },
                faults) {
@@ -133,6 +142,7 @@ struct HomeServer::Running {
     FileStore files;
     QNetworkAccessManager network;
     ModelEndpoint model;
+    const Router router = everyRoute();
     Services services;
     Dispatcher dispatcher;
     HttpFront http;

@@ -33,7 +33,8 @@ Answer info(Call &call) {
                                      {call.caller.userId});
     return Answer({{"matrix_id"_L1, u"@%1:%2"_s.arg(user.text(0), domain)},
                    {"domain"_L1, domain},
-                   {"outbox_pending"_L1, pending}});
+                   {"outbox_pending"_L1, pending},
+                   {"features"_L1, QJsonArray::fromStringList(call.services.features)}});
 }
 
 // A domain as it stands, or the one in a federated id like "@user:domain".

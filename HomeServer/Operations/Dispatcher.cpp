@@ -74,8 +74,8 @@ Answer runOperation(Call &call, const Operation &operation) {
 
 } // namespace
 
-Dispatcher::Dispatcher(Router router, Services &services)
-    : m_router(std::move(router))
+Dispatcher::Dispatcher(const Router &router, Services &services)
+    : m_router(router)
     , m_services(services) {}
 
 void Dispatcher::handle(const Request &request, const Finish &finish) {

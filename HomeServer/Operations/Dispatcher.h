@@ -15,7 +15,7 @@ class Dispatcher : public QObject {
 public:
     using Finish = std::function<void(const Answer &)>;
 
-    Dispatcher(Router router, Services &services);
+    Dispatcher(const Router &router, Services &services);
 
     // Calls `finish` exactly once, now or later; never after this object is gone.
     void handle(const Request &request, const Finish &finish);
@@ -23,13 +23,11 @@ public:
     // A frame of a type that nobody knows, or that is refused, is dropped.
     void handleFrame(const Caller &caller, const QJsonObject &frame);
 
-    const Router &router() const { return m_router; }
-
 private:
     void start(const Request &request, const Finish &finish);
     void startSlow(const Route &route, const std::shared_ptr<Call> &call, const Finish &finish);
 
-    Router m_router;
+    const Router &m_router;
     Services &m_services;
 };
 

@@ -36,15 +36,19 @@ public:
     // What a frame of this type from an event socket does; its answer goes nowhere.
     void addFrame(const char *type, const Operation &operation);
 
+    // Tells clients by a name that what is added here goes beyond what every home server does.
+    void announce(const char *feature) { m_features.append(QString::fromLatin1(feature)); }
+
     // The earliest row that fits.
     Match find(const QByteArray &method, const QStringList &segments) const;
     const Operation *frame(const QString &type) const;
 
-    const QList<Route> &routes() const { return m_routes; }
+    const QStringList &features() const { return m_features; }
 
 private:
     QList<Route> m_routes;
     QHash<QString, Operation> m_frames;
+    QStringList m_features;
 };
 
 } // namespace orvane::homeserver

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 #include <functional>
@@ -31,6 +32,7 @@ struct Services {
     ModelEndpoint &model;
     std::function<QString()> httpBase; // "http://address:port", as clients reach this server
     QThreadPool &workers;              // for what takes long and touches nothing of the above
+    const QStringList &features;       // what this server announces
 
     double now() const; // Unix seconds
 };

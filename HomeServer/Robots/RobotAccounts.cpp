@@ -3,6 +3,7 @@
 
 #include "HomeServer/Accounts/Users.h"
 #include "HomeServer/Chats/ChatStore.h"
+#include "HomeServer/Operations/Router.h"
 #include "HomeServer/Store/Query.h"
 
 namespace orvane::homeserver {
@@ -12,6 +13,10 @@ using namespace Qt::StringLiterals;
 bool isReservedName(const QString &username) {
     const QString key = nameKey(username);
     return key.startsWith("bot_"_L1) || key.startsWith("ai_"_L1);
+}
+
+void addRobots(Router &router) {
+    router.announce("assistant-contact");
 }
 
 void createBuiltIns(Work &work) {

@@ -8,6 +8,7 @@
 namespace orvane::homeserver {
 
 class Database;
+class Router;
 class Work;
 
 constexpr auto echoName = "bot_echo";
@@ -15,6 +16,9 @@ constexpr auto assistantName = "ai_orvanetalk";
 
 // Names that only the server gives: those of robots, and those that look like one.
 bool isReservedName(const QString &username);
+
+// Announces that the assistant is a contact of everybody's.
+void addRobots(Router &router);
 
 // Makes the accounts of the robots and the Lobby where they are missing.
 void createBuiltIns(Work &work);

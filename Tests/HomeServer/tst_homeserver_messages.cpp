@@ -55,6 +55,8 @@ void MessagesTest::newcomerFindsCompany() {
     }
     names.sort();
     QCOMPARE(names, (QStringList{u"ai_orvanetalk"_s, u"anna"_s, u"bot_echo"_s}));
+    QCOMPARE(bert.get(u"federation/info"_s).json["features"_L1].toArray(),
+             QJsonArray{"assistant-contact"_L1});
     QVERIFY(bert.get(u"users/search?q=%1"_s.arg(anna.id)).json["users"_L1][0]["id"_L1] ==
             QString::number(anna.id));
 }

@@ -102,7 +102,7 @@ const Row rows[] = {
      201, "skill", 201},
     {"POST", "chats/CHAT/skills/SKILL", "{}", 200, "status", 403},
     {"POST", "skills/SKILL/rate", R"({"rating":5})", 200, "status"},
-    {"GET", "federation/info", "", 200, "matrix_id domain outbox_pending"},
+    {"GET", "federation/info", "", 200, "matrix_id domain outbox_pending features"},
     {"GET", "federation/peers", "", 200, "peers"},
     {"POST", "federation/peers", R"({"domain":"far.example","base_url":"https://far.example"})", 201,
      "status", 201},
