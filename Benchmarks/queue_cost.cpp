@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/QueueFile.h"
+#include "OfflineQueue/QueueFile.h"
 #include "Ratio.h"
 
 #include <openssl/evp.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/QueueForm.h"
 #include "Invariant.h"
+#include "OfflineQueue/QueueForm.h"
 
 // A file is taken apart without a byte lost, whatever is sealed opens again, and a list that was written
 // comes back as it was.

@@ -55,6 +55,17 @@ function(orvane_module target)
             list(APPEND known OrvaneTalk.${module})
         endif()
     endforeach()
+    # A type is known by its file's name alone, whatever sub-folder it lies in.
+    foreach(file IN LISTS ARG_QML)
+        cmake_path(GET file FILENAME name)
+        set_source_files_properties(${file} PROPERTIES QT_RESOURCE_ALIAS ${name})
+    endforeach()
+    set(folders)
+    foreach(file IN LISTS ARG_SOURCES)
+        cmake_path(GET file PARENT_PATH folder)
+        list(APPEND folders "${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
+    endforeach()
+    list(REMOVE_DUPLICATES folders)
     qt_add_library(${target} STATIC)
     qt_add_qml_module(${target}
         URI OrvaneTalk.${target}
@@ -68,8 +79,8 @@ function(orvane_module target)
     get_target_property(sources ${target} SOURCES)
     list(FILTER sources INCLUDE REGEX "/(qmlcache|qmltyperegistrations)/|_qmltyperegistrations\\.cpp$")
     set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS "-w")
-    # The generated registration includes the folder's headers by their bare names.
-    target_include_directories(${target} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+    # The generated registration includes the module's headers by their bare names.
+    target_include_directories(${target} PRIVATE ${folders})
     orvane_common(${target})
 endfunction()
 

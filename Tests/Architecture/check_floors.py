@@ -18,6 +18,7 @@ FLOORS = {
     "Encryption": 4,
     "LocalNetwork": 4,
     "AI": 4,
+    "OfflineQueue": 5,
     "RichContent": 5,
     "Calls": 5,
     "Extensions": 5,

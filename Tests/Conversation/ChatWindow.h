@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Conversation/MessengerChatView.h"
+#include "Conversation/Screen/MessengerChatView.h"
 #include "Support/OpenChatParts.h"
 #include "Support/ScreenWindow.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Base/FreshId.h"
-#include "Conversation/MessengerChatView.h"
+#include "Conversation/Screen/MessengerChatView.h"
 #include "Support/OpenChatParts.h"
 
 #include <QTest>

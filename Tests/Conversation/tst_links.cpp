@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/Links.h"
+#include "Conversation/Messages/Links.h"
 #include "Support/TestMain.h"
 
 #include <QDesktopServices>

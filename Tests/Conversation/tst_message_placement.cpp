@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/MessagePlacement.h"
+#include "Conversation/Messages/MessagePlacement.h"
 #include "Support/TestMain.h"
 
 using namespace Qt::StringLiterals;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/MessageRows.h"
+#include "Conversation/Messages/MessageRows.h"
 #include "Conversation/OpenChat.h"
 #include "Support/TestMain.h"
 

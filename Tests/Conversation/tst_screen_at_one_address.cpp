@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/MessengerChatView.h"
+#include "Conversation/Screen/MessengerChatView.h"
 #include "Support/OpenChatParts.h"
 #include "Support/TestMain.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Base/Json.h"
-#include "Server/ChatNotificationBridge.h"
+#include "Conversation/Receiving/ChatNotificationBridge.h"
 #include "Server/MessengerAPI.h"
 #include "Server/MessengerWebSocket.h"
 #include "Session/MessengerSession.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Conversation/ChatParts.h"
+#include "Conversation/Screen/ChatParts.h"
 #include "Server/HttpAnswer.h"
 #include "Support/ClientParts.h"
 
