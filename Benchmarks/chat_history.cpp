@@ -15,7 +15,7 @@ constexpr QSize window(900, 650);
 
 QJsonObject record(int number) {
     return {
-        {u"id"_s, u"3f2504e0-4f89-41d3-9a0c-%1"_s.arg(number, 12, 10, u'0')},
+        {u"id"_s, u"3f2504e0-4f89-41d3-9a0c-%1"_s.arg(number, 12, 10, QChar(u'0'))},
         {u"chat_id"_s, u"c"_s},
         {u"sender_id"_s, QString::number(7 + number % 2)},
         {u"type"_s, u"text"_s},

@@ -22,13 +22,14 @@ QByteArray frame(int number) {
     return json::compact(
         {{u"type"_s, u"messenger_message"_s},
          {u"chat_id"_s, chatID},
-         {u"message"_s, QJsonObject{{u"id"_s, u"3f2504e0-4f89-41d3-9a0c-%1"_s.arg(number, 12, 10, u'0')},
-                                    {u"chat_id"_s, chatID},
-                                    {u"sender_id"_s, u"9"_s},
-                                    {u"type"_s, u"text"_s},
-                                    {u"content"_s, u"See you at twelve, bring the numbers."_s},
-                                    {u"created_at"_s, 1'700'000'000.25 + number},
-                                    {u"reactions"_s, QJsonArray()}}}});
+         {u"message"_s,
+          QJsonObject{{u"id"_s, u"3f2504e0-4f89-41d3-9a0c-%1"_s.arg(number, 12, 10, QChar(u'0'))},
+                      {u"chat_id"_s, chatID},
+                      {u"sender_id"_s, u"9"_s},
+                      {u"type"_s, u"text"_s},
+                      {u"content"_s, u"See you at twelve, bring the numbers."_s},
+                      {u"created_at"_s, 1'700'000'000.25 + number},
+                      {u"reactions"_s, QJsonArray()}}}});
 }
 
 } // namespace

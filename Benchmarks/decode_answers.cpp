@@ -35,7 +35,7 @@ QByteArray historyAnswer(int count) {
     QJsonArray messages;
     for (int index = 0; index < count; ++index)
         messages.append(QJsonObject{
-            {u"id"_s, u"3f2504e0-4f89-41d3-9a0c-%1"_s.arg(index, 12, 10, u'0')},
+            {u"id"_s, u"3f2504e0-4f89-41d3-9a0c-%1"_s.arg(index, 12, 10, QChar(u'0'))},
             {u"chat_id"_s, u"42"_s},
             {u"sender_id"_s, QString::number(index % 3)},
             {u"type"_s, u"text"_s},

@@ -15,7 +15,6 @@
 #include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
-
 using namespace orvane;
 using namespace std::chrono_literals;
 
