@@ -48,11 +48,12 @@ endfunction()
 # A folder with screens or value types, as the static QML module OrvaneTalk.<target>.
 function(orvane_module target)
     cmake_parse_arguments(ARG "" "" "SOURCES;QML;LINK" ${ARGN})
-    # Where the linter finds the types of this module's properties.
+    # Where the linter finds the types of this module's properties: in each of ours that it links.
     set(known QtQuick)
-    foreach(module IN ITEMS Model Interface LocalNetwork RichContent Conversation ChatList)
-        if(module IN_LIST ARG_LINK)
-            list(APPEND known OrvaneTalk.${module})
+    foreach(library IN LISTS ARG_LINK)
+        get_target_property(uri ${library} QT_QML_MODULE_URI)
+        if(uri MATCHES "^OrvaneTalk[.]")
+            list(APPEND known ${uri})
         endif()
     endforeach()
     # A type is known by its file's name alone, whatever sub-folder it lies in.
