@@ -14,15 +14,13 @@ if(ORVANETALK_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER "${ORVANETALK_CCACHE}")
 endif()
 
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Network Qml)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Qml)
 find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
 if(NOT ORVANETALK_FUZZ)
-    find_package(Qt6 6.4 REQUIRED COMPONENTS
-        Concurrent DBus Gui HttpServer Quick QuickTest Sql Svg Test WebSockets)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Concurrent DBus Gui HttpServer Network Quick Sql Svg Test WebSockets)
     find_package(QCoro6 0.8 REQUIRED COMPONENTS Core Network)
     find_package(PkgConfig REQUIRED)
     pkg_check_modules(LIBSECRET REQUIRED IMPORTED_TARGET libsecret-1)
-    find_package(benchmark REQUIRED)
 endif()
 
 add_library(OrvaneTalkOptions INTERFACE)
