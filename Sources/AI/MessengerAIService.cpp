@@ -3,6 +3,7 @@
 
 #include "Base/Json.h"
 #include "Base/LogLine.h"
+#include "Base/Task.h"
 #include "Server/HttpAnswer.h"
 
 #include <QTextBoundaryFinder>
@@ -82,15 +83,9 @@ QCoro::Task<std::optional<QString>> MessengerAIService::askAI(QString prompt) {
     const HttpAnswer answer = co_await awaitAnswer(sharedNetwork().post(request, body));
     if (!answer.transportError.isNull())
         co_return std::nullopt;
-    try {
-        const auto object = json::parseObject(answer.body);
-        const auto response = object ? json::text(*object, u"response") : std::nullopt;
-        if (response)
-            co_return response->trimmed();
-    } catch (const JsonError &) {
-        // Dropped on purpose: no answer is all that anybody needs to know.
-    }
-    co_return std::nullopt;
+    const auto object = json::readObject(answer.body);
+    const auto response = object ? json::text(*object, u"response") : std::nullopt;
+    co_return response ? std::optional(response->trimmed()) : std::nullopt;
 }
 
 QCoro::Task<std::optional<QString>> MessengerAIService::translateText(QString text, QString to) {
@@ -101,13 +96,9 @@ QCoro::Task<std::optional<QString>> MessengerAIService::translateText(QString te
 QCoro::Task<std::optional<ChatAnalysis>> MessengerAIService::analyzeChat(Messages messages,
                                                                          QString myUserID) {
     const Items items = itemsOf(lastOf(messages, messagesForAnalysis), myUserID, user, assistant);
-    std::optional<QStringList> replies;
-    try {
-        const QJsonObject answer = co_await m_server.smartReply(items, u"0"_s);
-        replies = json::texts(answer, u"replies");
-    } catch (const std::exception &) {
-        // Dropped on purpose: the chat is shown without an analysis.
-    }
+    const std::optional<QJsonObject> answer =
+        co_await dropped(m_server.smartReply(items, u"0"_s), "the chat is shown without an analysis");
+    const auto replies = answer ? json::texts(*answer, u"replies") : std::nullopt;
     if (!replies)
         co_return std::nullopt;
     ChatAnalysis analysis;

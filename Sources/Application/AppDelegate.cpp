@@ -23,7 +23,7 @@ AppDelegate::AppDelegate(RemoteNotifications &push, MessengerSession &session, M
 void AppDelegate::didRegisterForRemoteNotificationsWithDeviceToken(const QByteArray &deviceToken) {
     const QString token = QString::fromLatin1(deviceToken.toHex());
     logLine(u"🔔 Push token registered"_s);
-    launch(registerToken(&m_api, token, m_session.userIdText()));
+    launch(dropped(m_api.registerPushToken(token, m_session.userIdText(), u"macos"_s), "push is optional"));
 }
 
 void AppDelegate::didFailToRegisterForRemoteNotificationsWithError(const QString &description) {
@@ -31,21 +31,9 @@ void AppDelegate::didFailToRegisterForRemoteNotificationsWithError(const QString
 }
 
 void AppDelegate::didReceiveRemoteNotification(const QByteArray &payload) {
-    try {
-        const auto object = json::parseObject(payload);
-        if (object && json::text(*object, u"chat_id"))
-            logLine(u"📨 Push received"_s);
-    } catch (const JsonError &) {
-        // Dropped on purpose: a push without a chat leaves no trace.
-    }
-}
-
-QCoro::Task<void> AppDelegate::registerToken(MessengerAPI *api, QString deviceToken, QString userID) {
-    try {
-        co_await api->registerPushToken(deviceToken, userID, u"macos"_s);
-    } catch (const std::exception &) {
-        // Dropped on purpose: push is optional.
-    }
+    const auto object = json::readObject(payload);
+    if (object && json::text(*object, u"chat_id"))
+        logLine(u"📨 Push received"_s);
 }
 
 } // namespace orvane

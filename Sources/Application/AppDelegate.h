@@ -27,8 +27,6 @@ public:
     void didReceiveRemoteNotification(const QByteArray &payload);
 
 private:
-    static QCoro::Task<void> registerToken(MessengerAPI *api, QString deviceToken, QString userID);
-
     RemoteNotifications &m_push;
     MessengerSession &m_session;
     MessengerAPI &m_api;

@@ -6,12 +6,7 @@
 namespace orvane {
 
 std::optional<AuthAnswer> AuthAnswer::parse(const QByteArray &body) {
-    std::optional<QJsonObject> top;
-    try {
-        top = json::parseObject(body);
-    } catch (const JsonError &) {
-        return std::nullopt;
-    }
+    const auto top = json::readObject(body);
     const auto user = top ? json::object(*top, u"user") : std::nullopt;
     if (!user)
         return std::nullopt;

@@ -43,14 +43,6 @@ QCoro::Task<void> AuthView::request(Self self, QNetworkRequest prepared, QByteAr
     self->complete(answer);
 }
 
-QCoro::Task<void> AuthView::registerDevice(Self self) {
-    try {
-        co_await self->m_api.registerDevice();
-    } catch (const std::exception &) {
-        // Dropped on purpose: the chat list registers the device again.
-    }
-}
-
 void AuthView::complete(const HttpAnswer &answer) {
     isLoading = false;
     // The keyring opened meanwhile and had a sign-in.
@@ -94,17 +86,12 @@ void AuthView::handleAuthSuccess(const QByteArray &data) {
         m_session.adoptSyncCursor(*answer->syncCursor);
     if (answer->maxDevices)
         m_session.maxDevices = *answer->maxDevices;
-    launch(registerDevice(shared_from_this()));
+    launch(dropped(m_api.registerDevice(), "the chat list registers the device again"));
 }
 
 QString AuthView::localizedAuthError(const QByteArray &data, int statusCode) const {
-    std::optional<QString> code;
-    try {
-        const auto body = json::parseObject(data);
-        code = body ? json::text(*body, u"error_code") : std::nullopt;
-    } catch (const JsonError &) {
-        // Dropped on purpose: a failure whose body can't be read is told by its status alone.
-    }
+    const auto body = json::readObject(data);
+    const auto code = body ? json::text(*body, u"error_code") : std::nullopt;
     if (code == "invalid_credentials"_L1)
         return u"Неверный логин или пароль"_s;
     if (statusCode == 429)

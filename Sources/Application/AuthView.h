@@ -54,7 +54,6 @@ private:
     using Self = std::shared_ptr<AuthView>;
 
     static QCoro::Task<void> request(Self self, QNetworkRequest prepared, QByteArray body);
-    static QCoro::Task<void> registerDevice(Self self);
 
     void complete(const HttpAnswer &answer);
     void handleAuthSuccess(const QByteArray &data);

@@ -46,6 +46,14 @@ std::optional<QJsonObject> parseObject(const QByteArray &bytes) {
     return top.isObject() ? std::optional(top.toObject()) : std::nullopt;
 }
 
+std::optional<QJsonObject> readObject(const QByteArray &bytes) {
+    try {
+        return parseObject(bytes);
+    } catch (const JsonError &) {
+        return std::nullopt;
+    }
+}
+
 QByteArray compact(const QJsonObject &object) {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }

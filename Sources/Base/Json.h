@@ -31,6 +31,9 @@ QJsonValue parse(const QByteArray &bytes);
 /// Throws JsonError for bytes that are no JSON; absent when the top level is no object.
 std::optional<QJsonObject> parseObject(const QByteArray &bytes);
 
+/// The same, and absent for bytes that are no JSON as well.
+std::optional<QJsonObject> readObject(const QByteArray &bytes);
+
 /// Compact UTF-8.
 QByteArray compact(const QJsonObject &object);
 

@@ -25,34 +25,32 @@ void Channels::createChannel() {
 }
 
 QCoro::Task<void> Channels::load(Self self) {
-    try {
-        const QList<QJsonObject> records = co_await self->m_api.listChannels(self->m_session.userIdText());
-        QList<MessengerChat> loaded;
-        for (const QJsonObject &record : records) {
-            const auto id = json::text(record, u"id");
-            if (!id)
-                continue;
-            const auto title = json::text(record, u"title");
-            MessengerChat channel = newChat(*id, ChatType::channel, QString());
-            channel.title = title ? title : json::text(record, u"name");
-            loaded.append(channel);
-        }
-        self->channels.assign(loaded);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the channels of before stay.
+    const std::optional<QList<QJsonObject>> records = co_await dropped(
+        self->m_api.listChannels(self->m_session.userIdText()), "the channels of before stay");
+    if (!records)
+        co_return;
+    QList<MessengerChat> loaded;
+    for (const QJsonObject &record : *records) {
+        const auto id = json::text(record, u"id");
+        if (!id)
+            continue;
+        const auto title = json::text(record, u"title");
+        MessengerChat channel = newChat(*id, ChatType::channel, QString());
+        channel.title = title ? title : json::text(record, u"name");
+        loaded.append(channel);
     }
+    self->channels.assign(loaded);
 }
 
 QCoro::Task<void> Channels::create(Self self, QString title) {
-    try {
-        const QJsonObject answer = co_await self->m_api.createChannel(title, self->m_session.userIdText());
-        const QJsonObject channel = unwrapped(answer, u"channel");
-        if (const auto id = chatIdIn(channel); id && self->channels.rowOf(*id) < 0)
-            self->channels.insert(
-                0, newChat(*id, ChatType::channel, json::text(channel, u"title").value_or(title)));
-    } catch (const std::exception &) {
-        // Dropped on purpose: no channel appears.
-    }
+    const std::optional<QJsonObject> answer = co_await dropped(
+        self->m_api.createChannel(title, self->m_session.userIdText()), "no channel appears");
+    if (!answer)
+        co_return;
+    const QJsonObject channel = unwrapped(*answer, u"channel");
+    if (const auto id = chatIdIn(channel); id && self->channels.rowOf(*id) < 0)
+        self->channels.insert(0,
+                              newChat(*id, ChatType::channel, json::text(channel, u"title").value_or(title)));
 }
 
 } // namespace orvane

@@ -25,7 +25,7 @@ void Folders::createFolder() {
 }
 
 void Folders::addChat(const QString &folderId, const QString &chatId) {
-    launch(add(shared_from_this(), folderId, chatId));
+    launch(dropped(m_api.manageFolderChat(folderId, chatId, u"add"_s), "the folder is as it was"));
 }
 
 const ChatFolder *Folders::active() const {
@@ -34,34 +34,22 @@ const ChatFolder *Folders::active() const {
 }
 
 QCoro::Task<void> Folders::load(Self self) {
-    try {
-        const QList<ChatFolder> loaded = co_await self->m_api.listChatFolders();
-        self->chatFolders.assign(loaded);
-        Q_EMIT self->activeChanged();
-    } catch (const std::exception &) {
-        // Dropped on purpose: the folders of before stay.
-    }
+    const std::optional<QList<ChatFolder>> loaded =
+        co_await dropped(self->m_api.listChatFolders(), "the folders of before stay");
+    if (!loaded)
+        co_return;
+    self->chatFolders.assign(*loaded);
+    Q_EMIT self->activeChanged();
 }
 
 QCoro::Task<void> Folders::create(Self self, QString name) {
-    try {
-        const std::optional<ChatFolder> folder = co_await self->m_api.createChatFolder(name, u"📁"_s);
-        if (!folder)
-            co_return;
-        if (self->chatFolders.rowOf(folder->id) < 0)
-            self->chatFolders.append(*folder);
-        self->activeFolderId = folder->id;
-    } catch (const std::exception &) {
-        // Dropped on purpose: no folder appears.
-    }
-}
-
-QCoro::Task<void> Folders::add(Self self, QString folderId, QString chatId) {
-    try {
-        co_await self->m_api.manageFolderChat(folderId, chatId, u"add"_s);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the folder is as it was.
-    }
+    const std::optional<ChatFolder> folder =
+        co_await dropped(self->m_api.createChatFolder(name, u"📁"_s), "no folder appears");
+    if (!folder)
+        co_return;
+    if (self->chatFolders.rowOf(folder->id) < 0)
+        self->chatFolders.append(*folder);
+    self->activeFolderId = folder->id;
 }
 
 } // namespace orvane

@@ -49,7 +49,6 @@ private:
     using Self = std::shared_ptr<Folders>;
     static QCoro::Task<void> load(Self self);
     static QCoro::Task<void> create(Self self, QString name);
-    static QCoro::Task<void> add(Self self, QString folderId, QString chatId);
 
     MessengerAPI &m_api;
     QPropertyNotifier m_activeNotifier;

@@ -31,12 +31,12 @@ void MessageSearch::searchMessages(const QString &query) {
 }
 
 QCoro::Task<void> MessageSearch::search(std::shared_ptr<MessageSearch> self, QString query) {
-    try {
-        const QList<QJsonObject> found =
-            co_await self->m_api.globalSearch(query, self->m_session.userIdText());
+    const std::optional<QList<QJsonObject>> found = co_await dropped(
+        self->m_api.globalSearch(query, self->m_session.userIdText()), "what was found before stays");
+    if (found) {
         const QDateTime now = QDateTime::currentDateTimeUtc();
         QList<SearchHit> hits;
-        for (const QJsonObject &record : found) {
+        for (const QJsonObject &record : *found) {
             const auto chatID = json::text(record, u"chat_id");
             const auto content = json::text(record, u"content");
             const auto senderID = json::text(record, u"sender_id");
@@ -51,8 +51,6 @@ QCoro::Task<void> MessageSearch::search(std::shared_ptr<MessageSearch> self, QSt
             hits.append(hit);
         }
         self->searchResults.assign(hits);
-    } catch (const std::exception &) {
-        // Dropped on purpose: what was found before stays.
     }
     self->isSearchingMessages = false;
     self->searchesRunning = self->searchesRunning - 1;

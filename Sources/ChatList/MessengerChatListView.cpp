@@ -23,6 +23,7 @@ namespace orvane {
 namespace {
 
 constexpr qint64 highestBadge = 99;
+constexpr auto nobodyKnows = "nobody knows of any";
 
 MessengerUser contactOf(const QJsonObject &record, const QString &id) {
     MessengerUser user;
@@ -90,8 +91,8 @@ void MessengerChatListView::loadData() {
     if (m_parts.session.token)
         m_parts.socket.connect(*m_parts.session.token);
     observeWSEvents();
-    launch(registerDevice(shared_from_this()));
-    launch(syncDevice(shared_from_this()));
+    launch(dropped(m_parts.api.registerDevice(), "the next start registers again"));
+    launch(dropped(syncDevice(shared_from_this()), "the cursor stays where it was"));
     launch(loadContactsAndChats(shared_from_this()));
 }
 
@@ -192,83 +193,48 @@ P2PLanPanelView *MessengerChatListView::p2pPanel() {
     return keptHere(m_p2pPanel);
 }
 
-QCoro::Task<void> MessengerChatListView::registerDevice(Self self) {
-    try {
-        co_await self->m_parts.api.registerDevice();
-    } catch (const std::exception &) {
-        // Dropped on purpose: the next start registers again.
-    }
-}
-
 QCoro::Task<void> MessengerChatListView::syncDevice(Self self) {
-    try {
-        const QJsonObject sync = co_await self->m_parts.api.pullDeviceSync();
-        if (const auto cursor = json::integer(sync, u"cursor"))
-            self->m_parts.session.adoptSyncCursor(*cursor);
-        const QByteArray answer = co_await self->m_parts.api.get(u"/api/messenger/federation/info"_s);
-        const auto federation = json::parseObject(answer);
-        if (const auto matrixId = federation ? json::text(*federation, u"matrix_id") : std::nullopt)
-            self->m_parts.session.matrixId = matrixId;
-    } catch (const std::exception &) {
-        // Dropped on purpose: the cursor stays where it was.
-    }
+    const QJsonObject sync = co_await self->m_parts.api.pullDeviceSync();
+    if (const auto cursor = json::integer(sync, u"cursor"))
+        self->m_parts.session.adoptSyncCursor(*cursor);
+    const QByteArray answer = co_await self->m_parts.api.get(u"/api/messenger/federation/info"_s);
+    const auto federation = json::readObject(answer);
+    if (const auto matrixId = federation ? json::text(*federation, u"matrix_id") : std::nullopt)
+        self->m_parts.session.matrixId = matrixId;
 }
 
 QCoro::Task<void> MessengerChatListView::loadContactsAndChats(Self self) {
-    QList<QJsonObject> known;
-    try {
-        known = co_await self->m_parts.api.fetchContacts(self->m_parts.session.userIdText());
-    } catch (const std::exception &) {
-        // Dropped on purpose: without contacts the chats are still worth showing.
-    }
-    QList<MessengerChat> loaded;
-    try {
-        loaded = co_await self->m_parts.api.fetchChats();
-    } catch (const std::exception &) {
-        // Dropped on purpose: the sample chats stand in below.
-    }
-    self->showPeople(known);
-    self->showChats(std::move(loaded));
+    const std::optional<QList<QJsonObject>> known =
+        co_await dropped(self->m_parts.api.fetchContacts(self->m_parts.session.userIdText()),
+                         "without contacts the chats are still worth showing");
+    const std::optional<QList<MessengerChat>> loaded =
+        co_await dropped(self->m_parts.api.fetchChats(), "the sample chats stand in");
+    self->showPeople(known.value_or(QList<QJsonObject>()));
+    self->showChats(loaded.value_or(QList<MessengerChat>()));
     self->isLoading = false;
 }
 
 QCoro::Task<void> MessengerChatListView::loadStarredCount(Self self) {
-    qint64 count = 0;
-    try {
-        const QList<QJsonObject> starred =
-            co_await self->m_parts.api.fetchStarredMessages(self->m_parts.session.userIdText());
-        count = starred.size();
-    } catch (const std::exception &) {
-        // Dropped on purpose: nobody knows of any.
-    }
-    self->starredCount = count;
+    const std::optional<QList<QJsonObject>> starred = co_await dropped(
+        self->m_parts.api.fetchStarredMessages(self->m_parts.session.userIdText()), nobodyKnows);
+    self->starredCount = starred ? starred->size() : 0;
 }
 
 QCoro::Task<void> MessengerChatListView::loadMentionsCount(Self self) {
-    qint64 count = 0;
-    try {
-        const QList<QJsonObject> mentions =
-            co_await self->m_parts.api.fetchMentions(self->m_parts.session.userIdText());
-        count = mentions.size();
-    } catch (const std::exception &) {
-        // Dropped on purpose: nobody knows of any.
-    }
-    self->mentionsCount = count;
+    const std::optional<QList<QJsonObject>> mentions =
+        co_await dropped(self->m_parts.api.fetchMentions(self->m_parts.session.userIdText()), nobodyKnows);
+    self->mentionsCount = mentions ? mentions->size() : 0;
 }
 
 QCoro::Task<void> MessengerChatListView::findSavedChat(Self self) {
     const QString user = self->m_parts.session.userIdText();
-    std::optional<QString> id;
-    try {
-        const QJsonObject answer = co_await self->m_parts.api.getOrCreateSavedChat(user);
-        id = chatIdIn(unwrapped(answer, u"chat"));
-        if (!id)
-            co_return;
+    const std::optional<QJsonObject> answer =
+        co_await dropped(self->m_parts.api.getOrCreateSavedChat(user), "there is still a chat to open");
+    const auto id = answer ? chatIdIn(unwrapped(*answer, u"chat")) : localSavedChatID(user);
+    if (!id)
+        co_return;
+    if (answer)
         self->savedChatID = id;
-    } catch (const std::exception &) {
-        // Without the server there is still a chat to open.
-        id = localSavedChatID(user);
-    }
     if (!self->chats.find(*id)) {
         MessengerChat saved = newChat(*id, ChatType::direct, u"Saved Messages"_s);
         saved.participants = {user};

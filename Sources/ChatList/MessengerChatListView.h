@@ -120,7 +120,6 @@ Q_SIGNALS:
 private:
     using Self = std::shared_ptr<MessengerChatListView>;
 
-    static QCoro::Task<void> registerDevice(Self self);
     static QCoro::Task<void> syncDevice(Self self);
     static QCoro::Task<void> loadContactsAndChats(Self self);
     static QCoro::Task<void> loadStarredCount(Self self);

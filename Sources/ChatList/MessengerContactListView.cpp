@@ -10,6 +10,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int shortestQuery = 2;
+constexpr auto stays = "what was there stays";
 
 void setAsked(RecordList<ListedPerson> &people, const QString &userID, bool asked) {
     for (int row = 0; row < people.count(); ++row) {
@@ -78,34 +79,26 @@ void MessengerContactListView::importSystemContacts() {
 }
 
 QCoro::Task<void> MessengerContactListView::loadContacts(Self self) {
-    try {
-        const QList<QJsonObject> records = co_await self->m_api.fetchContacts(self->user());
-        self->contacts.assign(listedPeople(records));
-    } catch (const std::exception &) {
-        // Dropped on purpose: what was there stays.
-    }
+    const std::optional<QList<QJsonObject>> records =
+        co_await dropped(self->m_api.fetchContacts(self->user()), stays);
+    if (records)
+        self->contacts.assign(listedPeople(*records));
     self->isLoading = false;
 }
 
 QCoro::Task<void> MessengerContactListView::loadRequests(Self self) {
-    try {
-        const QList<QJsonObject> records = co_await self->m_api.getContactRequests(self->user());
-        self->incomingRequests.assign(listedPeople(records));
-    } catch (const std::exception &) {
-        // Dropped on purpose: what was there stays.
-    }
+    const std::optional<QList<QJsonObject>> records =
+        co_await dropped(self->m_api.getContactRequests(self->user()), stays);
+    if (records)
+        self->incomingRequests.assign(listedPeople(*records));
 }
 
 QCoro::Task<void> MessengerContactListView::search(Self self, QString query) {
-    QList<ListedPerson> found;
-    try {
-        const QList<QJsonObject> records = co_await self->m_api.searchUsers(query, self->user());
-        found = listedPeople(records);
-    } catch (const std::exception &) {
-        // Dropped on purpose: nobody was found.
-    }
+    const std::optional<QList<QJsonObject>> records =
+        co_await dropped(self->m_api.searchUsers(query, self->user()), "nobody was found");
     if (self->searchQuery.value() != query)
         co_return;
+    QList<ListedPerson> found = listedPeople(records.value_or(QList<QJsonObject>()));
     for (ListedPerson &person : found)
         person.asked = self->m_requested.contains(person.userID);
     self->searchResults.assign(found);
@@ -113,23 +106,17 @@ QCoro::Task<void> MessengerContactListView::search(Self self, QString query) {
 }
 
 QCoro::Task<void> MessengerContactListView::request(Self self, QString userID) {
-    try {
-        const QString status = co_await self->m_api.sendContactRequest(self->user(), userID);
-        if (status == "pending"_L1) {
-            self->m_requested.insert(userID);
-            setAsked(self->searchResults, userID, true);
-        }
-    } catch (const std::exception &) {
-        // Dropped on purpose: the button is still there.
+    const std::optional<QString> status =
+        co_await dropped(self->m_api.sendContactRequest(self->user(), userID), "the button is still there");
+    if (status == "pending"_L1) {
+        self->m_requested.insert(userID);
+        setAsked(self->searchResults, userID, true);
     }
 }
 
 QCoro::Task<void> MessengerContactListView::answer(Self self, QString userID, QString action) {
-    try {
-        co_await self->m_api.handleContactRequest(self->user(), userID, action);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the lists below tell what holds.
-    }
+    co_await dropped(self->m_api.handleContactRequest(self->user(), userID, action),
+                     "the lists below tell what holds");
     launch(loadContacts(self));
     co_await loadRequests(self);
     // For a list that could not be loaded.
@@ -140,12 +127,10 @@ QCoro::Task<void> MessengerContactListView::import(Self self) {
     self->isImportingContacts = true;
     self->importedCount = 0;
     self->importError = std::nullopt;
-    try {
-        co_await self->m_importer.importAndSync();
+    const bool imported =
+        co_await dropped(self->m_importer.importAndSync(), "what has words is in the importer's last error");
+    if (imported)
         self->importedCount = self->m_importer.importedCount.value();
-    } catch (const std::exception &) {
-        // Dropped on purpose: what has words is in the importer's last error.
-    }
     self->importError = self->m_importer.lastError.value();
     self->isImportingContacts = false;
     self->loadData();

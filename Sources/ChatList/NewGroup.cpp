@@ -57,24 +57,18 @@ void NewGroup::createGroup() {
 }
 
 QCoro::Task<void> NewGroup::create(Self self, Draft draft) {
-    try {
-        const QJsonObject answer = co_await self->request(draft);
-        const QJsonObject map = unwrapped(answer, u"chat");
-        const auto id = chatIdIn(map);
-        if (!id)
-            co_return;
-        const MessengerChat chat = groupIn(map, *id, titleOf(draft), draft.participants);
-        if (self->m_encryption && !chat.zkMode) {
-            try {
-                self->m_encryption->crypto().createGroupKey(*id, draft.participants);
-            } catch (const std::exception &) {
-                // Dropped on purpose: the run ends at whoever has no session, and the key stays.
-            }
-        }
-        Q_EMIT self->created(chat);
-    } catch (const std::exception &) {
-        // Dropped on purpose: no group appears.
-    }
+    const std::optional<QJsonObject> answer = co_await dropped(self->request(draft), "no group appears");
+    if (!answer)
+        co_return;
+    const QJsonObject map = unwrapped(*answer, u"chat");
+    const auto id = chatIdIn(map);
+    if (!id)
+        co_return;
+    const MessengerChat chat = groupIn(map, *id, titleOf(draft), draft.participants);
+    if (self->m_encryption && !chat.zkMode)
+        dropped([&] { self->m_encryption->crypto().createGroupKey(*id, draft.participants); },
+                "the run ends at whoever has no session, and the key stays");
+    Q_EMIT self->created(chat);
 }
 
 QCoro::Task<QJsonObject> NewGroup::request(const Draft &draft) {

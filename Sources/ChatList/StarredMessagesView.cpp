@@ -45,16 +45,12 @@ QString StarredMessagesView::senderName(const QString &userID) const {
 
 QCoro::Task<void> StarredMessagesView::load(std::shared_ptr<StarredMessagesView> self) {
     self->isLoading = true;
+    const std::optional<QList<QJsonObject>> records = co_await dropped(
+        self->m_api.fetchStarredMessages(self->m_session.userIdText()), "the sheet says that there are none");
     QList<StarredMessage> loaded;
-    try {
-        const QList<QJsonObject> records =
-            co_await self->m_api.fetchStarredMessages(self->m_session.userIdText());
-        for (const QJsonObject &record : records)
-            if (const auto message = starredIn(record))
-                loaded.append(*message);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the sheet says that there are none.
-    }
+    for (const QJsonObject &record : records.value_or(QList<QJsonObject>()))
+        if (const auto message = starredIn(record))
+            loaded.append(*message);
     self->messages.assign(loaded);
     self->isLoading = false;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Encryption/EncryptedFileStorage.h"
 
+#include "Base/Task.h"
 #include "Encryption/Primitives.h"
 
 #include <QDir>
@@ -53,11 +54,10 @@ std::optional<QByteArray> EncryptedFileStorage::load(const QString &chatId) cons
     const primitives::Box box{bytes.first(primitives::nonceSize),
                               bytes.sliced(primitives::nonceSize).chopped(primitives::tagSize),
                               bytes.last(primitives::tagSize)};
-    try {
+    const auto open = [&] {
         return primitives::open(m_encryptionKey.view(), box, chatId.toUtf8()).view().toByteArray();
-    } catch (const CipherError &) {
-        return std::nullopt;
-    }
+    };
+    return dropped(open, "what can't be opened counts as absent");
 }
 
 void EncryptedFileStorage::remove(const QString &chatId) {

@@ -39,12 +39,7 @@ std::optional<EncryptedMessage> EncryptedMessage::fromContent(const QString &con
     const auto bytes = fromBase64(content);
     if (!bytes)
         return std::nullopt;
-    std::optional<QJsonObject> object;
-    try {
-        object = json::parseObject(*bytes);
-    } catch (const JsonError &) {
-        return std::nullopt;
-    }
+    const auto object = json::readObject(*bytes);
     if (!object)
         return std::nullopt;
     auto ciphertext = bytesUnder(*object, u"ciphertext");

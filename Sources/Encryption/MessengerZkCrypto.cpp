@@ -2,6 +2,7 @@
 #include "Encryption/MessengerZkCrypto.h"
 
 #include "Base/Json.h"
+#include "Base/Task.h"
 #include "Session/MessengerSession.h"
 #include "Session/UserIdText.h"
 
@@ -108,13 +109,10 @@ SymmetricKey MessengerZkCrypto::storedGroupKey(const QString &chatId) {
         return nullptr;
     auto key = std::make_shared<const SecretBytes>(QByteArrayView(*legacy));
     wipe(*legacy);
-    try {
-        saveGroupKey(*key, chatId);
-    } catch (const ZkCryptoError &) {
-        // Dropped on purpose: a key that can't be kept counts as none, and the entry stays for another time.
-        return nullptr;
-    }
-    return key;
+    const bool kept =
+        dropped([&] { saveGroupKey(*key, chatId); },
+                "a key that can't be kept counts as none, and the entry stays for another time");
+    return kept ? key : nullptr;
 }
 
 void MessengerZkCrypto::saveGroupKey(const SecretBytes &key, const QString &chatId) {
@@ -131,13 +129,11 @@ QCoro::Task<std::optional<QString>> MessengerZkCrypto::decryptMessage(QString ch
     const auto payload = json::object(raw, u"zk_payload");
     if (json::boolean(raw, u"zk_encrypted") != true || !payload)
         co_return std::nullopt;
-    try {
-        const SymmetricKey key = co_await loadGroupKey(chatId);
-        co_return zk::decrypt(*payload, *key);
-    } catch (const std::exception &) {
-        // Dropped on purpose: what can't be read keeps its stored text.
+    constexpr auto reason = "what can't be read keeps its stored text";
+    const std::optional<SymmetricKey> key = co_await dropped(loadGroupKey(chatId), reason);
+    if (!key)
         co_return std::nullopt;
-    }
+    co_return dropped([&] { return zk::decrypt(*payload, **key); }, reason);
 }
 
 QCoro::Task<QJsonObject> MessengerZkCrypto::wrapSenderKey(SymmetricKey senderKey, QString targetUserId) {

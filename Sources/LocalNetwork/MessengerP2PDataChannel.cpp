@@ -2,13 +2,12 @@
 #include "LocalNetwork/MessengerP2PDataChannel.h"
 
 #include "Base/LogLine.h"
+#include "Base/Task.h"
 #include "LocalNetwork/LanFrames.h"
 
 #include <QNetworkProxy>
 #include <QTcpSocket>
 #include <QTimer>
-
-#include <new>
 
 #include <sys/resource.h>
 
@@ -138,10 +137,9 @@ void MessengerP2PDataChannel::removeConn(const LanConnection *conn) {
 void MessengerP2PDataChannel::receiveLoop(LanConnection *conn, const Hint &peerUserId) {
     QObject::connect(conn, &LanConnection::received, this,
                      [this, conn, hint = peerUserId](QByteArrayView bytes) mutable {
-                         try {
-                             handleData(bytes, conn, hint);
-                         } catch (const std::bad_alloc &) {
-                             // Dropped on purpose: a frame that memory can't hold is its sender's loss.
+                         const bool handled = dropped([&] { handleData(bytes, conn, hint); },
+                                                      "a frame that memory can't hold is its sender's loss");
+                         if (!handled) {
                              buffers.remove(conn->identity());
                              conn->cancel();
                          }

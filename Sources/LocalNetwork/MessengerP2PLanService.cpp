@@ -90,7 +90,8 @@ void MessengerP2PLanService::disable() {
     m_linkedPeerIds.clear();
     Q_EMIT linkedPeerIdsChanged();
     m_parts.defaults->remove(enabledKey);
-    launch(unregister(&m_parts.api));
+    launch(dropped(m_parts.api.del(u"/api/messenger/p2p/register"_s, {}),
+                   "the server forgets whoever does not report"));
 }
 
 QCoro::Task<void> MessengerP2PLanService::refreshPeers() {
@@ -153,11 +154,7 @@ QCoro::Task<void> MessengerP2PLanService::tick() {
         co_return;
     if (const auto address = detectLocalLANIP()) {
         localIP = *address;
-        try {
-            co_await m_parts.api.registerP2P(*address);
-        } catch (const std::exception &) {
-            // Dropped on purpose: the next tick tries again.
-        }
+        co_await dropped(m_parts.api.registerP2P(*address), "the next tick tries again");
     }
     if (self)
         co_await refreshPeers();
@@ -173,16 +170,6 @@ void MessengerP2PLanService::subscribeSignaling() {
         if (from && (kind == u"offer"_s || kind == u"answer"_s))
             link(*from);
     });
-}
-
-QCoro::Task<void> MessengerP2PLanService::unregister(MessengerAPI *api) {
-    try {
-        const QString path = u"/api/messenger/p2p/register"_s;
-        const QJsonObject nothing;
-        co_await api->del(path, nothing);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the server forgets whoever does not report.
-    }
 }
 
 std::optional<QString> MessengerP2PLanService::detectLocalLANIP() const {

@@ -83,7 +83,6 @@ private:
     void startHeartbeat();
     void subscribeSignaling();
     QCoro::Task<void> tick();
-    static QCoro::Task<void> unregister(MessengerAPI *api);
     std::optional<QString> detectLocalLANIP() const;
     void link(const QString &peerId);
     void dial(const QJsonObject &peer);

@@ -20,17 +20,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QCoro::Task<bool> send(MessengerAPI &api, QueuedMessage item) {
+QCoro::Task<bool> send(MessengerAPI &api, const QueuedMessage &item) {
     const QJsonObject body{{u"user_id"_s, parseUserId(item.userID).value_or(0)},
                            {u"content"_s, item.content},
                            {u"type"_s, item.type}};
-    try {
-        co_await postMessage(api, item.chatID, body, item.id);
-    } catch (const std::exception &) {
-        // Dropped on purpose: whatever it was, the item is tried again.
-        co_return false;
-    }
-    co_return true;
+    return dropped(postMessage(api, item.chatID, body, item.id), "whatever it was, the item is tried again");
 }
 
 } // namespace

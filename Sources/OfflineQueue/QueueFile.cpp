@@ -3,6 +3,7 @@
 
 #include "Base/Json.h"
 #include "Base/LogLine.h"
+#include "Base/Task.h"
 #include "Server/ApiError.h"
 
 #include <QDir>
@@ -21,6 +22,8 @@ namespace {
 const auto service = u"com.orvanetalk.offline-queue"_s;
 const auto account = u"aes-gcm-key-v1"_s;
 const auto label = u"OrvaneTalk encrypted offline queue"_s;
+
+constexpr auto wordsMightTell = "its words might tell what is in the file";
 
 std::optional<QByteArray> contentsOf(const QString &path) {
     QFile file(path);
@@ -58,15 +61,10 @@ QList<QueuedMessage> QueueFile::loadFromDisk() const {
     const auto sealed = contentsOf(m_queueFile);
     if (!sealed)
         return migrate();
-    try {
-        const QList<QueuedMessage> messages = decodeEncrypted(*sealed);
-        logLine(u"[OfflineQueue] Loaded %1 encrypted queued messages"_s.arg(messages.size()));
-        return messages;
-    } catch (const std::exception &) {
-        // Dropped on purpose: its words might tell what is in the file.
-        logLine(u"[OfflineQueue] Encrypted queue could not be opened"_s);
-        return {};
-    }
+    const auto messages = dropped([&] { return decodeEncrypted(*sealed); }, wordsMightTell);
+    logLine(messages ? u"[OfflineQueue] Loaded %1 encrypted queued messages"_s.arg(messages->size())
+                     : u"[OfflineQueue] Encrypted queue could not be opened"_s);
+    return messages.value_or(QList<QueuedMessage>());
 }
 
 QList<QueuedMessage> QueueFile::decodeEncrypted(const QByteArray &data) const {
@@ -80,32 +78,25 @@ QList<QueuedMessage> QueueFile::migrate() const {
     const auto plain = contentsOf(m_legacyQueueFile);
     if (!plain)
         return {};
-    QList<QueuedMessage> messages;
-    try {
-        messages = queueform::decode(*plain);
-    } catch (const JsonError &) {
-        // Dropped on purpose: the file stays for whoever can read it.
+    const auto messages =
+        dropped([&] { return queueform::decode(*plain); }, "the file stays for whoever can read it");
+    if (!messages)
         return {};
-    }
-    try {
-        persist(messages);
-        removeIfThere(m_legacyQueueFile);
-        logLine(u"[OfflineQueue] Migrated %1 queued messages to encrypted storage"_s.arg(messages.size()));
-    } catch (const std::exception &) {
-        // Dropped on purpose: the next save tries again.
-        logLine(u"[OfflineQueue] Encryption migration deferred"_s);
-    }
-    return messages;
+    const bool migrated = dropped([&] { replaceLegacy(*messages); }, "the next save tries again");
+    logLine(migrated
+                ? u"[OfflineQueue] Migrated %1 queued messages to encrypted storage"_s.arg(messages->size())
+                : u"[OfflineQueue] Encryption migration deferred"_s);
+    return *messages;
 }
 
 void QueueFile::saveToDisk(const QList<QueuedMessage> &pending) const {
-    try {
-        persist(pending);
-        removeIfThere(m_legacyQueueFile);
-    } catch (const std::exception &) {
-        // Dropped on purpose: its words might tell what is in the file.
+    if (!dropped([&] { replaceLegacy(pending); }, wordsMightTell))
         logLine(u"[OfflineQueue] Encrypted queue save failed"_s);
-    }
+}
+
+void QueueFile::replaceLegacy(const QList<QueuedMessage> &messages) const {
+    persist(messages);
+    removeIfThere(m_legacyQueueFile);
 }
 
 void QueueFile::persist(const QList<QueuedMessage> &messages) const {

@@ -28,6 +28,8 @@ public:
 private:
     QList<QueuedMessage> decodeEncrypted(const QByteArray &data) const;
     QList<QueuedMessage> migrate() const;
+    /// Persists them, and removes the file of before.
+    void replaceLegacy(const QList<QueuedMessage> &messages) const;
     void persist(const QList<QueuedMessage> &messages) const;
     SecretBytes loadOrCreateKey() const;
 

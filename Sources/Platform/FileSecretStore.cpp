@@ -74,11 +74,7 @@ std::optional<QJsonObject> FileSecretStore::read() const {
         return QJsonObject();
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    try {
-        return json::parseObject(file.readAll());
-    } catch (const JsonError &) {
-        return std::nullopt;
-    }
+    return json::readObject(file.readAll());
 }
 
 qint32 FileSecretStore::write(const QJsonObject &items) const {

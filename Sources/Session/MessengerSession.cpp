@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Session/MessengerSession.h"
 
+#include "Base/Task.h"
 #include "Platform/ChosenSecretStore.h"
 
 #include <QUuid>
@@ -60,11 +61,8 @@ void MessengerSession::adoptSyncCursor(qint64 cursor) {
 }
 
 void MessengerSession::logout() {
-    try {
-        keychain.clear();
-    } catch (const KeychainError &) {
-        // Dropped on purpose: signing out must not fail, and the next sign-in overwrites the items.
-    }
+    dropped([this] { keychain.clear(); },
+            "signing out must not fail, and the next sign-in overwrites the items");
     token.reset();
     currentUserId = std::nullopt;
     currentUsername = std::nullopt;
@@ -84,12 +82,8 @@ void MessengerSession::restoreDevice() {
 }
 
 void MessengerSession::restoreUser() {
-    try {
-        readUser();
-    } catch (const KeychainError &) {
-        // Dropped on purpose: a store that can't be read counts as an empty one, and the person signs in
-        // again.
-    }
+    dropped([this] { readUser(); },
+            "a store that can't be read counts as an empty one, and the person signs in again");
 }
 
 void MessengerSession::readUser() {

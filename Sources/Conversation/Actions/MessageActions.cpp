@@ -93,13 +93,11 @@ void MessageActions::toggleStar(const MessengerMessage &message) {
 }
 
 QCoro::Task<void> MessageActions::starAtServer(Screen screen, QString messageID, bool star) {
-    try {
-        // The operation is told the state of before.
-        co_await screen->parts().api.toggleStar(messageID, screen->currentUserID, !star);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the star itself tells.
+    // The operation is told the state of before.
+    const std::optional<bool> answer = co_await dropped(
+        screen->parts().api.toggleStar(messageID, screen->currentUserID, !star), "the star itself tells");
+    if (!answer)
         screen->change(messageID, [&](MessengerMessage &message) { message.isStarred = !star; });
-    }
 }
 
 void MessageActions::react(const MessengerMessage &message, const QString &emoji) {
@@ -126,15 +124,13 @@ void MessageActions::translate(const MessengerMessage &message) {
 }
 
 QCoro::Task<void> MessageActions::translateAtServer(Screen screen, QString messageID) {
-    try {
-        const QJsonObject answer = co_await screen->parts().api.translateMessage(messageID, u"ru"_s);
-        if (const auto translated = json::text(answer, u"translated")) {
-            QVariantMap texts = screen->translatedText;
-            texts.insert(messageID, *translated);
-            screen->translatedText = texts;
-        }
-    } catch (const std::exception &) {
-        // Dropped on purpose: a message without a translation is shown as it is.
+    const std::optional<QJsonObject> answer =
+        co_await dropped(screen->parts().api.translateMessage(messageID, u"ru"_s),
+                         "a message without a translation is shown as it is");
+    if (const auto translated = answer ? json::text(*answer, u"translated") : std::nullopt) {
+        QVariantMap texts = screen->translatedText;
+        texts.insert(messageID, *translated);
+        screen->translatedText = texts;
     }
     screen->translatingMsgID = std::nullopt;
 }

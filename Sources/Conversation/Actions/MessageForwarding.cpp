@@ -20,13 +20,8 @@ void MessageForwarding::loadAvailableChats() {
 }
 
 QCoro::Task<void> MessageForwarding::fetchChats(Screen screen) {
-    QList<MessengerChat> chats;
-    try {
-        chats = co_await screen->parts().api.fetchChats();
-    } catch (const std::exception &) {
-        // Dropped on purpose: the samples stand in.
-        chats = MessengerMock::sampleChats();
-    }
+    QList<MessengerChat> chats = (co_await dropped(screen->parts().api.fetchChats(), "the samples stand in"))
+                                     .value_or(MessengerMock::sampleChats());
     chats.removeIf([&](const MessengerChat &chat) { return chat.id == screen->chat.id; });
     screen->availableChats = chats;
 }

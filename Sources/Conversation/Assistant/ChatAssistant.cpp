@@ -67,15 +67,13 @@ void ChatAssistant::summarizeAction(const QString &period) {
 }
 
 QCoro::Task<void> ChatAssistant::summarize(Screen screen, QString period) {
-    try {
-        const QJsonObject answer =
-            co_await screen->parts().api.summarizeChat(screen->chat.id, period, screen->currentUserID);
+    const std::optional<QJsonObject> answer =
+        co_await dropped(screen->parts().api.summarizeChat(screen->chat.id, period, screen->currentUserID),
+                         "the banner stays as it was");
+    if (answer)
         screen->chatSummary = joined(
-            {json::text(answer, u"summary").value_or(QString()), section(u"• "_s, answer, u"key_points"),
-             section(u"✓ "_s, answer, u"decisions"), section(u"→ "_s, answer, u"action_items")});
-    } catch (const std::exception &) {
-        // Dropped on purpose: the banner stays as it was.
-    }
+            {json::text(*answer, u"summary").value_or(QString()), section(u"• "_s, *answer, u"key_points"),
+             section(u"✓ "_s, *answer, u"decisions"), section(u"→ "_s, *answer, u"action_items")});
     screen->isSummarizing = false;
 }
 
@@ -136,15 +134,14 @@ QCoro::Task<void> ChatAssistant::agentTranslate(Screen screen, QString text, QSt
 
 QCoro::Task<void> ChatAssistant::agentSummarize(Screen screen, QString period) {
     screen->isSummarizing = true;
-    try {
-        const QJsonObject answer =
-            co_await screen->parts().api.summarizeChat(screen->chat.id, period, screen->currentUserID);
+    const std::optional<QJsonObject> answer =
+        co_await dropped(screen->parts().api.summarizeChat(screen->chat.id, period, screen->currentUserID),
+                         "the agent's own words stand");
+    if (answer) {
         const QString summary = joined(
-            {json::text(answer, u"summary").value_or(QString()), section(u"• "_s, answer, u"key_points")});
+            {json::text(*answer, u"summary").value_or(QString()), section(u"• "_s, *answer, u"key_points")});
         screen->chatSummary = summary;
         appendToResponse(*screen, u"\n\n"_s + summary);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the agent's own words stand.
     }
     screen->isSummarizing = false;
 }

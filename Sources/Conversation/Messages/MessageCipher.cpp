@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Conversation/Messages/MessageCipher.h"
 
+#include "Base/Task.h"
+
 using namespace Qt::StringLiterals;
 
 namespace orvane {
@@ -8,6 +10,9 @@ namespace orvane {
 namespace {
 
 const auto placeholder = u"🔒 Encrypted"_s;
+
+constexpr auto nextWay = "the next way is tried";
+constexpr auto staysSealed = "what can't be opened is shown as it came";
 
 } // namespace
 
@@ -19,17 +24,15 @@ MessageCipher::MessageCipher(const MessengerChat &chat, MessengerAPI &api, const
 QCoro::Task<bool> MessageCipher::establishSession(QString peer) {
     if (!isOn() || peer.isEmpty() || m_engines->crypto().hasSession(m_chat.id))
         co_return false;
-    try {
-        const std::optional<PreKeyBundle> bundle = co_await m_api.fetchPreKeyBundle(peer);
-        if (!bundle)
-            co_return false;
+    constexpr auto reason = "the chat goes on unencrypted";
+    const std::optional<PreKeyBundle> bundle = co_await dropped(m_api.fetchPreKeyBundle(peer), reason);
+    if (!bundle)
+        co_return false;
+    const auto establish = [&] {
         m_engines->crypto().establishSession(m_chat.id, bundle->identityKey,
                                              bundle->oneTimePreKey.value_or(bundle->signedPreKey), true);
-        co_return true;
-    } catch (const std::exception &) {
-        // Dropped on purpose: the chat goes on unencrypted.
-        co_return false;
-    }
+    };
+    co_return dropped(establish, reason);
 }
 
 QCoro::Task<OutboundContent> MessageCipher::prepareOutboundContent(QString text) {
@@ -37,13 +40,13 @@ QCoro::Task<OutboundContent> MessageCipher::prepareOutboundContent(QString text)
     if (!isOn())
         co_return content;
     if (m_chat.zkMode) {
-        try {
-            const SymmetricKey key = co_await m_engines->zkCrypto().loadGroupKey(m_chat.id);
-            content.zkPayload = zk::encrypt(text, *key);
+        const std::optional<SymmetricKey> key =
+            co_await dropped(m_engines->zkCrypto().loadGroupKey(m_chat.id), nextWay);
+        if (key)
+            content.zkPayload = dropped([&] { return zk::encrypt(text, **key); }, nextWay);
+        if (content.zkPayload) {
             content.serverContent = placeholder;
             co_return content;
-        } catch (const std::exception &) {
-            // Dropped on purpose: the next way is tried.
         }
     }
     content.serverContent = sealed(text);
@@ -53,11 +56,10 @@ QCoro::Task<OutboundContent> MessageCipher::prepareOutboundContent(QString text)
 QString MessageCipher::sealed(const QString &text) {
     MessengerCrypto &crypto = m_engines->crypto();
     if (m_chat.type == ChatType::group && crypto.hasGroupKey(m_chat.id)) {
-        try {
-            return crypto.encryptGroup(m_chat.id, text).toContent();
-        } catch (const std::exception &) {
-            // Dropped on purpose: the next way is tried.
-        }
+        const auto content =
+            dropped([&] { return crypto.encryptGroup(m_chat.id, text).toContent(); }, nextWay);
+        if (content)
+            return *content;
     }
     return sealedPairwise(m_chat.id, text);
 }
@@ -74,12 +76,9 @@ QString MessageCipher::plainText(const QString &content) {
 QString MessageCipher::sealedPairwise(const QString &chatID, const QString &text) {
     if (!isOn())
         return text;
-    try {
-        return m_engines->crypto().encrypt(chatID, text).toContent();
-    } catch (const std::exception &) {
-        // Dropped on purpose: without a session the text goes out in the clear.
-        return text;
-    }
+    const auto content = dropped([&] { return m_engines->crypto().encrypt(chatID, text).toContent(); },
+                                 "without a session the text goes out in the clear");
+    return content.value_or(text);
 }
 
 QCoro::Task<QString> MessageCipher::historyContent(QJsonObject raw, QString content) {
@@ -113,11 +112,7 @@ std::optional<QString> MessageCipher::openedForGroup(const QString &content) {
     const auto encrypted = EncryptedMessage::fromContent(content);
     if (!encrypted)
         return std::nullopt;
-    try {
-        return crypto.decryptGroup(m_chat.id, *encrypted);
-    } catch (const std::exception &) {
-        return std::nullopt;
-    }
+    return dropped([&] { return crypto.decryptGroup(m_chat.id, *encrypted); }, staysSealed);
 }
 
 std::optional<QString> MessageCipher::openedPairwise(const QString &content) {
@@ -129,11 +124,7 @@ std::optional<QString> MessageCipher::openedPairwise(const QString &content) {
     const auto encrypted = EncryptedMessage::fromContent(content);
     if (!encrypted)
         return std::nullopt;
-    try {
-        return crypto.decrypt(m_chat.id, *encrypted);
-    } catch (const std::exception &) {
-        return std::nullopt;
-    }
+    return dropped([&] { return crypto.decrypt(m_chat.id, *encrypted); }, staysSealed);
 }
 
 } // namespace orvane

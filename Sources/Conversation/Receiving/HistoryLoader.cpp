@@ -46,33 +46,38 @@ void sendReadReceipt(MessengerChatView &screen) {
 
 void HistoryLoader::load() {
     m_screen.isLoading = true;
-    launch(fetch(m_screen.shared_from_this()));
+    launch(show(m_screen.shared_from_this()));
 }
 
-QCoro::Task<void> HistoryLoader::fetch(Screen screen) {
-    try {
-        const QList<QJsonObject> records =
-            co_await screen->parts().api.fetchMessages(screen->chat.id, std::nullopt, pageSize);
-        QList<MessengerMessage> history;
-        history.reserve(records.size());
-        for (const QJsonObject &raw : records) {
-            std::optional<MessengerMessage> message = MessengerMessage::fromHistory(screen->chat.id, raw);
-            if (!message)
-                continue;
-            const QString text = co_await screen->cipher().historyContent(raw, message->content);
-            message->content = text;
-            history.append(std::move(*message));
-        }
-        std::stable_sort(
-            history.begin(), history.end(),
-            [](const MessengerMessage &a, const MessengerMessage &b) { return a.timestamp < b.timestamp; });
-        screen->messages.assign(history);
+QCoro::Task<void> HistoryLoader::show(Screen screen) {
+    const std::optional<QList<MessengerMessage>> history =
+        co_await dropped(fetch(screen), "the screen is never empty for want of a server");
+    if (history) {
+        screen->messages.assign(*history);
         sendReadReceipt(*screen);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the screen is never empty for want of a server.
+    } else {
         screen->messages.assign(sampleConversation(*screen));
     }
     screen->isLoading = false;
+}
+
+QCoro::Task<QList<MessengerMessage>> HistoryLoader::fetch(Screen screen) {
+    const QList<QJsonObject> records =
+        co_await screen->parts().api.fetchMessages(screen->chat.id, std::nullopt, pageSize);
+    QList<MessengerMessage> history;
+    history.reserve(records.size());
+    for (const QJsonObject &raw : records) {
+        std::optional<MessengerMessage> message = MessengerMessage::fromHistory(screen->chat.id, raw);
+        if (!message)
+            continue;
+        const QString text = co_await screen->cipher().historyContent(raw, message->content);
+        message->content = text;
+        history.append(std::move(*message));
+    }
+    std::stable_sort(
+        history.begin(), history.end(),
+        [](const MessengerMessage &a, const MessengerMessage &b) { return a.timestamp < b.timestamp; });
+    co_return history;
 }
 
 } // namespace orvane

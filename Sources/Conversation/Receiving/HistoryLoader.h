@@ -26,7 +26,8 @@ public:
 private:
     using Screen = std::shared_ptr<MessengerChatView>;
 
-    static QCoro::Task<void> fetch(Screen screen);
+    static QCoro::Task<void> show(Screen screen);
+    static QCoro::Task<QList<MessengerMessage>> fetch(Screen screen);
 
     MessengerChatView &m_screen;
 };

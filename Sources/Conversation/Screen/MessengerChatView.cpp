@@ -96,20 +96,17 @@ void MessengerChatView::loadBotMeta() {
 }
 
 QCoro::Task<void> MessengerChatView::findBot(Self self) {
-    try {
-        const QList<QJsonObject> found =
-            co_await self->m_parts.api.searchUsers(self->peerId(), self->currentUserID);
-        if (found.isEmpty())
-            co_return;
-        const QJsonObject &user = found.first();
-        const QString username = json::text(user, u"username").value_or(QString());
-        if (!json::boolean(user, u"is_bot").value_or(false) && !username.startsWith("bot_"_L1))
-            co_return;
-        self->activeBotId = self->peerId();
-        self->activeBotName = json::text(user, u"display_name").value_or(username);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the chat is shown as one with a person.
-    }
+    const std::optional<QList<QJsonObject>> found =
+        co_await dropped(self->m_parts.api.searchUsers(self->peerId(), self->currentUserID),
+                         "the chat is shown as one with a person");
+    if (!found || found->isEmpty())
+        co_return;
+    const QJsonObject &user = found->first();
+    const QString username = json::text(user, u"username").value_or(QString());
+    if (!json::boolean(user, u"is_bot").value_or(false) && !username.startsWith("bot_"_L1))
+        co_return;
+    self->activeBotId = self->peerId();
+    self->activeBotName = json::text(user, u"display_name").value_or(username);
 }
 
 void MessengerChatView::sendMessage() {

@@ -75,10 +75,9 @@ QCoro::Task<void> MessageSender::text(Screen screen, QString text) {
         body.insert(u"reply_to"_s, *message.replyToID);
     if (content.zkPayload)
         body.insert(u"zk_payload"_s, *content.zkPayload);
-    try {
-        co_await postMessage(screen->parts().api, screen->chat.id, body, message.id);
-    } catch (const std::exception &) {
-        // Dropped on purpose: the message's status tells.
+    const bool isPosted = co_await dropped(
+        postMessage(screen->parts().api, screen->chat.id, body, message.id), "the message's status tells");
+    if (!isPosted) {
         postFailed(*screen, message, content);
         co_return;
     }
@@ -88,15 +87,10 @@ QCoro::Task<void> MessageSender::text(Screen screen, QString text) {
 }
 
 QCoro::Task<void> MessageSender::content(Screen screen, MessengerMessage message, QString content) {
-    DeliveryStatus status = DeliveryStatus::sent;
     const QJsonObject body = bodyOf(message, content);
-    try {
-        co_await postMessage(screen->parts().api, screen->chat.id, body, freshId());
-    } catch (const std::exception &) {
-        // Dropped on purpose: the message's status tells.
-        status = DeliveryStatus::failed;
-    }
-    screen->setDeliveryStatus(message.id, status);
+    const bool isPosted = co_await dropped(postMessage(screen->parts().api, screen->chat.id, body, freshId()),
+                                           "the message's status tells");
+    screen->setDeliveryStatus(message.id, isPosted ? DeliveryStatus::sent : DeliveryStatus::failed);
 }
 
 void MessageSender::postFailed(MessengerChatView &screen, const MessengerMessage &message,
