@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ChatList/MessengerChatListView.h"
+#include "ChatList/Screen/MessengerChatListView.h"
 #include "Support/OpenChatParts.h"
 
 #include <QJsonArray>

@@ -4,7 +4,7 @@
 #include "Application/AppDelegate.h"
 #include "Application/AuthView.h"
 #include "Base/Observable.h"
-#include "ChatList/MessengerChatListView.h"
+#include "ChatList/Screen/MessengerChatListView.h"
 #include "Encryption/EndToEnd.h"
 #include "Platform/LauncherBadge.h"
 #include "Platform/ReducedMotion.h"

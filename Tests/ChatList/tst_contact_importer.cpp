@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/ContactImporter.h"
+#include "ChatList/People/ContactImporter.h"
 #include "Support/Await.h"
 #include "Support/ClientParts.h"
 #include "Support/KnownAddressBook.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/MessengerContactListView.h"
+#include "ChatList/People/MessengerContactListView.h"
 #include "HomeServer/Client.h"
 #include "Support/ClientParts.h"
 #include "Support/KnownAddressBook.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/MessengerChatListView.h"
+#include "ChatList/Screen/MessengerChatListView.h"
 #include "Support/OpenChatParts.h"
 #include "Support/TestMain.h"
 

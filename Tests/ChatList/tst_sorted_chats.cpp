@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/SortedChats.h"
+#include "ChatList/Chats/SortedChats.h"
 #include "Support/TestMain.h"
 
 #include <QAbstractItemModelTester>

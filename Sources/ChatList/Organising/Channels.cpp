@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/Channels.h"
+#include "ChatList/Organising/Channels.h"
 
 #include "Base/Json.h"
 #include "Base/Task.h"
-#include "ChatList/ChatAnswer.h"
+#include "ChatList/Organising/ChatAnswer.h"
 
 namespace orvane {
 

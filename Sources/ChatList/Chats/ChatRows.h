@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ChatList/SortedChats.h"
+#include "ChatList/Chats/SortedChats.h"
 #include "Session/MessengerSession.h"
 
 namespace orvane {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/ImportedContact.h"
+#include "ChatList/People/ImportedContact.h"
 
-#include "ChatList/Blanks.h"
+#include "ChatList/Organising/Blanks.h"
 #include "Encryption/Primitives.h"
 
 #include <QSet>

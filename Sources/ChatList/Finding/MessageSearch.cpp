@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/MessageSearch.h"
+#include "ChatList/Finding/MessageSearch.h"
 
 #include "Base/FreshId.h"
 #include "Base/Json.h"
 #include "Base/Task.h"
-#include "ChatList/NameOf.h"
+#include "ChatList/People/NameOf.h"
 
 namespace orvane {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/ChatRows.h"
+#include "ChatList/Chats/ChatRows.h"
 
 #include "Interface/DisplayTimes.h"
 

@@ -3,7 +3,7 @@
 
 #include "Base/Observable.h"
 #include "Base/RecordList.h"
-#include "ChatList/FoundMessages.h"
+#include "ChatList/Finding/FoundMessages.h"
 #include "Model/MessengerUser.h"
 #include "Server/MessengerAPI.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/Folders.h"
+#include "ChatList/Organising/Folders.h"
 
 #include "Base/Task.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/ChatAnswer.h"
+#include "ChatList/Organising/ChatAnswer.h"
 
 #include "Base/Json.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/ContactImporter.h"
+#include "ChatList/People/ContactImporter.h"
 
 #include "Platform/DesktopAddressBook.h"
 

@@ -3,8 +3,8 @@
 
 #include "Base/Observable.h"
 #include "Base/RecordList.h"
-#include "ChatList/ContactImporter.h"
-#include "ChatList/ListedPerson.h"
+#include "ChatList/People/ContactImporter.h"
+#include "ChatList/People/ListedPerson.h"
 #include "Server/MessengerAPI.h"
 
 #include <QConcatenateTablesProxyModel>

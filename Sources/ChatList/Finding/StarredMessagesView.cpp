@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/StarredMessagesView.h"
+#include "ChatList/Finding/StarredMessagesView.h"
 
 #include "Base/Json.h"
 #include "Base/Task.h"
 #include "Base/Times.h"
-#include "ChatList/NameOf.h"
+#include "ChatList/People/NameOf.h"
 
 namespace orvane {
 

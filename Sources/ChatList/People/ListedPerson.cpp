@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/ListedPerson.h"
+#include "ChatList/People/ListedPerson.h"
 
 #include "Base/FreshId.h"
 #include "Base/Json.h"

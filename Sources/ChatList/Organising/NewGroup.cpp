@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/NewGroup.h"
+#include "ChatList/Organising/NewGroup.h"
 
 #include "Base/Json.h"
 #include "Base/Task.h"
-#include "ChatList/Blanks.h"
-#include "ChatList/ChatAnswer.h"
+#include "ChatList/Organising/Blanks.h"
+#include "ChatList/Organising/ChatAnswer.h"
 
 using namespace Qt::StringLiterals;
 

@@ -3,7 +3,7 @@
 
 #include "Base/DescribedError.h"
 #include "Base/Observable.h"
-#include "ChatList/ImportedContact.h"
+#include "ChatList/People/ImportedContact.h"
 #include "Platform/AddressBook.h"
 #include "Server/MessengerAPI.h"
 

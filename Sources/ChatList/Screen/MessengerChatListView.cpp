@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "ChatList/MessengerChatListView.h"
+#include "ChatList/Screen/MessengerChatListView.h"
 
 #include "Base/FreshId.h"
 #include "Base/Json.h"
 #include "Base/MakeScreen.h"
 #include "Base/NotificationCentre.h"
 #include "Base/Task.h"
-#include "ChatList/ChatAnswer.h"
-#include "ChatList/NameOf.h"
+#include "ChatList/Organising/ChatAnswer.h"
+#include "ChatList/People/NameOf.h"
 #include "Model/MessengerMock.h"
 
 #include <QJSEngine>

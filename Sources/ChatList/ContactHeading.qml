@@ -1,4 +1,0 @@
-// SPDX-License-Identifier: MIT
-import QtQuick
-
-Item {}
