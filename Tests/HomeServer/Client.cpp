@@ -21,6 +21,17 @@ QByteArray bytesOf(const QJsonObject &object) {
 
 } // namespace
 
+QJsonValue valueAt(const QJsonValue &value, const char *path) {
+    QJsonValue found = value;
+    for (const QString &step : QString::fromLatin1(path).split(u'.'))
+        found = found.isArray() ? QJsonValue(found[step.toInt()]) : QJsonValue(found[step]);
+    return found;
+}
+
+QJsonValue Reply::at(const char *path) const {
+    return valueAt(json, path);
+}
+
 Site::Site(const std::function<void(Options &)> &adjust) {
     m_options.dataFolder = m_folder.path();
     m_options.botDelay = 0;

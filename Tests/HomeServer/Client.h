@@ -23,8 +23,15 @@ struct Reply {
     QJsonObject json;
     QByteArray body;
 
-    QString error() const { return json.value("error_code"_L1).toString(); }
+    QString error() const { return text("error_code"); }
+
+    // What stands at a path of keys and places in lists, like "users.0.status".
+    QJsonValue at(const char *path) const;
+    QString text(const char *path) const { return at(path).toString(); }
+    qsizetype count(const char *path) const { return at(path).toArray().size(); }
 };
+
+QJsonValue valueAt(const QJsonValue &value, const char *path);
 
 using Headers = QList<std::pair<QByteArray, QByteArray>>;
 
@@ -89,7 +96,7 @@ private:
     Site *m_site;
 };
 
-// Where everybody meets, and the robots' names.
+// Where everybody meets.
 inline QString lobby() {
     return u"lobby"_s;
 }
@@ -113,6 +120,18 @@ public:
     QJsonObject next(const QString &type);
     // After everything that was on its way: whether an event of this type has come.
     bool has(const QString &type);
+};
+
+// Three people; the first two share a group besides the Lobby.
+struct Company {
+    explicit Company(const std::function<void(Options &)> &adjust = {})
+        : site(adjust) {}
+
+    Site site;
+    Person anna{site, u"anna"_s};
+    Person bert{site, u"bert"_s};
+    Person carl{site, u"carl"_s};
+    QString chat = anna.groupWith({bert.id});
 };
 
 } // namespace orvane::homeserver::test

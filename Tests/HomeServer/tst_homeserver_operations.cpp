@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Client.h"
 
+#include <QDir>
 #include <QTest>
 
 using namespace orvane::homeserver;
@@ -23,7 +24,7 @@ struct Row {
     int outsider = 200; // status of carl's call; 0: nobody is asked who they are
 };
 
-const Row rows[] = {
+const Row operations[] = {
     {"GET", "chats", "", 200, "chats"},
     {"POST", "chats", R"({"user_id":ME,"type":"group","title":"G","participants":[OTHER]})", 201, "chat",
      403},
@@ -123,114 +124,279 @@ const Row rows[] = {
     {"DELETE", "users/me", R"({"password":"secret-1"})", 200, "status"},
 };
 
+// What is refused to anna, and leaves nothing behind; the names stand for the same as above.
+struct Refused {
+    const char *method;
+    const char *path;
+    QByteArray body = {};
+    int status = 400;
+    const char *error = "bad_request";
+};
+
+QList<Refused> refusals() {
+    const char *up = "/api/auth/register";
+    const char *in = "/api/auth/login";
+    QList<Refused> rows = {
+        {"POST", up, {}, 400, "bad_json"},
+        {"POST", up, R"({"username":"a)", 400, "bad_json"},
+        {"POST", up, "[]", 400, "bad_json"},
+        {"POST", up, QByteArray(100'000, '['), 400, "bad_json"},
+        {"POST", up, "{\"username\":\"\xff\xfe\",\"password\":\"secret-1\"}", 400, "bad_json"},
+        {"POST", up, R"({"password":"secret-1"})"},
+        {"POST", up, R"({"username":1,"password":"secret-1"})"},
+        {"POST", up, R"({"username":"a"})"},
+        {"POST", up, R"({"username":"a","password":""})"},
+        {"POST", up, "{\"username\":\"" + QByteArray(65, 'n') + "\",\"password\":\"secret-1\"}"},
+        {"POST", up, R"({"username":"  ","password":"secret-1"})"},
+        {"POST", up, R"({"username":"a\nb","password":"secret-1"})"},
+        {"POST", up, R"({"username":"a\u0000b","password":"secret-1"})"},
+        {"POST", up, R"({"username":"a\u202eb","password":"secret-1"})"},
+        {"POST", up, R"({"username":"Bot_x","password":"secret-1"})"},
+        {"POST", up, R"({"username":"a","password":"secret-1","display_name":7})"},
+        {"POST", up, R"({"username":"a","password":"secret-1","device_id":7})"},
+        {"POST", in, R"({"username":"nobody","password":"p"})", 401, "invalid_credentials"},
+        {"POST", in, R"({"username":"a","password":5})"},
+        {"POST", "/api/auth/nothing", "{}", 404, "not_found"},
+        {"POST", "/api/auth/..%2Flogin", "{}", 404, "not_found"},
+        {"PUT", "chats", "{}", 405, "method_not_allowed"},
+        {"GET", "chats/", {}, 404, "not_found"},
+        {"GET", "/", {}, 404, "not_found"},
+        {"GET", "/api/messenger//chats", {}, 404, "not_found"},
+        {"POST", "users/me/backup", R"({"password":"12345"})"},
+        {"POST", "users/me/backup", "{}"},
+        {"POST", "users/me/backup", R"({"password":123456})"},
+        {"DELETE", "users/me", "{}"},
+        {"GET", "sync?since=soon"},
+        {"POST", "chats", R"({"type":"direct","title":null,"participants":[999]})", 404, "not_found"},
+        {"POST", "chats", R"({"type":"direct","title":null,"participants":[ME]})"},
+        {"POST", "chats", R"({"type":"direct","title":null,"participants":[1,2]})"},
+        {"POST", "chats", R"({"type":"party","title":null,"participants":[]})"},
+        {"POST", "chats", R"({"type":"group","title":"G","participants":[1.5]})"},
+        {"POST", "chats", R"({"type":"group","title":"G","participants":["1"]})"},
+        {"POST", "chats", R"({"type":"group","title":"G"})"},
+        {"POST", "chats", R"({"type":"group","title":[],"participants":[]})"},
+        {"POST", "chats", R"({"user_id":1,"type":"group","title":"G","participants":[]})", 403, "forbidden"},
+        {"POST", "chats", R"({"user_id":"x","type":"group","title":"G","participants":[]})"},
+        {"POST", "chats/lobby/messages", R"({"type":"text"})"},
+        {"POST", "chats/lobby/messages", R"({"content":"","type":"text"})"},
+        {"POST", "chats/lobby/messages", R"({"content":1,"type":"text"})"},
+        {"POST", "chats/lobby/messages", R"({"content":"a","type":"banana"})"},
+        {"POST", "chats/lobby/messages", R"({"content":"a","zk_payload":"x"})"},
+        {"POST", "chats/lobby/messages", R"({"content":"a","reply_to":4})"},
+        {"POST", "chats/lobby/messages", R"({"content":"a","user_id":1})", 403, "forbidden"},
+        {"POST", "chats/lobby/messages", R"({"content":"a","user_id":3.5})"},
+        {"GET", "chats/CHAT/messages?limit=0"},
+        {"GET", "chats/CHAT/messages?limit=x"},
+        {"GET", "chats/CHAT/messages?before=unknown", {}, 404, "not_found"},
+        // A message of another chat is no place to read on from, and can't be pinned there.
+        {"GET", "chats/lobby/messages?before=MSG", {}, 404, "not_found"},
+        {"POST", "chats/lobby/messages/pin", R"({"message_id":"MSG"})", 404, "not_found"},
+        {"POST", "chats/CHAT/messages/pin", "{}"},
+        {"GET", "chats/unknown/messages", {}, 404, "not_found"},
+        {"PATCH", "messages/MSG", R"({"content":""})"},
+        {"PATCH", "messages/MSG", R"({"content":4})"},
+        {"PATCH", "messages/MSG", "{}"},
+        {"POST", "messages/MSG/reactions", "{\"emoji\":\"" + QByteArray(33, 'x') + "\"}"},
+        {"POST", "folders/FOLDER/chats", R"({"chat_id":"unknown","action":"add"})", 404, "not_found"},
+        {"POST", "folders/FOLDER/chats", R"({"chat_id":"BERTS","action":"add"})", 403, "forbidden"},
+        {"POST", "folders/FOLDER/chats", R"({"chat_id":"CHAT","action":"burn"})"},
+        {"POST", "chats/DIRECT/invite", R"({"expires_hours":1})"},
+        {"POST", "invites/guess", "{}", 404, "not_found"},
+        {"POST", "contacts/request", R"({"contact_id":ME})"},
+        {"POST", "contacts/request", R"({"contact_id":0})", 404, "not_found"},
+        {"POST", "contacts/request", R"({"contact_id":"1"})"},
+        {"POST", "contacts/request", R"({"contact_id":1.5})"},
+        {"POST", "contacts/request", R"({"contact_id":1e300})"},
+        {"POST", "contacts/requests/abc", R"({"action":"accept"})", 404, "not_found"},
+        {"POST", "contacts/requests/OTHER", R"({"action":"accept"})", 404, "not_found"},
+        {"POST", "contacts/requests/CARL", R"({"action":"perhaps"})"},
+        {"POST", "contacts/add", R"({"phone_hash":"+79001234567","display_name":"D"})"},
+        {"POST", "contacts/add",
+         "{\"phone_hash\":\"" + QByteArray(64, 'a') + "\",\"display_name\":\"D\",\"from_address_book\":1}"},
+        {"GET", "zk/identity/CARL", {}, 404, "not_found"},
+        {"GET", "keys/CARL", {}, 404, "not_found"},
+    };
+    for (const char *hours : {"0", "-1", "1e9", "\"1\"", "1.5"})
+        rows.append({"POST", "chats/CHAT/invite", R"({"expires_hours":)" + QByteArray(hours) + '}'});
+    for (const char *rating : {"0", "6", "4.5", "\"5\""})
+        rows.append({"POST", "skills/SKILL/rate", R"({"rating":)" + QByteArray(rating) + '}'});
+    for (const char *remote :
+         {"[]", R"(["x:far.example"])", R"(["@:far.example"])", R"(["@x"])", R"(["@x:"])", "[7]", "7"})
+        rows.append(
+            {"POST", "chats/federated",
+             R"({"title":"F","local_participants":[],"remote_participants":)" + QByteArray(remote) + '}'});
+    for (const QByteArray &identity : {QByteArray("\"a*b\""), QByteArray("\"\""), QByteArray("7"),
+                                       QByteArray("\"" + QByteArray(2000, 'A') + "\"")})
+        rows.append(
+            {"POST", "keys/upload",
+             R"({"signed_pre_key":"cHJl","signed_pre_key_signature":"c2ln","one_time_pre_keys":[],"identity_key":)" +
+                 identity + '}'});
+    for (const QByteArray &keys : {QByteArray(R"(["MQ==","-"])"), QByteArray("[1]"),
+                                   QByteArray("[" + QByteArray("\"MQ==\",").repeated(1001) + "\"MQ==\"]")})
+        rows.append(
+            {"POST", "keys/upload",
+             R"({"signed_pre_key":"cHJl","signed_pre_key_signature":"c2ln","identity_key":"aWQ=","one_time_pre_keys":)" +
+                 keys + '}'});
+    for (const char *address :
+         {"172.15.0.1", "172.32.0.1", "8.8.8.8", "127.0.0.1", "10.999.1.1", "10.1", "::1", "host", ""})
+        rows.append({"POST", "p2p/register", "{\"local_ip\":\"" + QByteArray(address) + "\"}"});
+    for (const char *bot :
+         {R"({"name":""})", R"({"name":"B","web_app_url":"javascript:alert"})",
+          R"({"name":"B","web_app_url":"file:///etc/passwd"})",
+          R"({"name":"B","web_app_url":"builtin://echo"})", R"({"name":"B","webhook_url":"builtin://shell"})",
+          R"({"name":"B","webhook_url":"https://"})", R"({"name":"B","is_public":"yes"})"})
+        rows.append({"POST", "bots", bot});
+    for (const auto &[domain, url] : {std::pair("", "https://a.example"),
+                                      {"a b", "https://a.example"},
+                                      {"a.example/../x", "https://a.example"},
+                                      {"@x", "https://a.example"},
+                                      {"a.example", "file:///etc/passwd"},
+                                      {"a.example", "https:///x"},
+                                      {"a.example", "a.example"}})
+        rows.append({"POST", "federation/peers",
+                     "{\"domain\":\"" + QByteArray(domain) + "\",\"base_url\":\"" + url + "\"}"});
+    rows.append({"POST", "federation/peers/unknown.example/ping", "{}", 404, "not_found"});
+    for (const QByteArray &messages :
+         {QByteArray("7"), QByteArray("{}"), QByteArray("[7]"),
+          QByteArray(R"([{"role":"user","content":7}])"), QByteArray(R"([{"content":"x"}])"),
+          QByteArray(R"([{"role":"system","content":"x"}])"), QByteArray("null"),
+          "[" + QByteArray(R"({"role":"user","content":"x"},)").repeated(200) +
+              R"({"role":"user","content":"x"}])"})
+        rows.append({"POST", "/api/chat/smart-reply", R"({"messages":)" + messages + '}'});
+    return rows;
+}
+
+// At the edge of what is refused.
+const Refused accepted[] = {
+    {"POST", "/api/auth/register", R"({"username":"Жанна д\u0027Арк 😀","password":"secret-1"})", 201},
+    {"POST", "chats", R"({"type":"group","title":"G","participants":[]})", 201},
+    {"POST", "chats", R"({"type":"group","title":null,"participants":[0]})", 201},
+    {"POST", "chats", R"({"type":"direct","title":null,"participants":[1]})", 201},
+    {"POST", "chats", R"({"user_id":"0","type":"group","title":"G","participants":[]})", 201},
+    {"POST", "chats/lobby/messages", R"({"content":"a\u0000b"})", 201},
+    {"POST", "chats/lobby/messages", R"({"content":"a\ud800b"})", 201},
+    {"POST", "p2p/register", R"({"local_ip":"10.1.2.3"})", 200},
+    {"POST", "p2p/register", R"({"local_ip":"172.16.0.1"})", 200},
+    {"POST", "p2p/register", R"({"local_ip":"172.31.255.1"})", 200},
+    {"POST", "p2p/register", R"({"local_ip":"192.168.0.1"})", 200},
+};
+
 } // namespace
 
 class OperationsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void rows_data();
-    void rows();
-    void unknownMethodsAndPaths();
+    void initTestCase() {
+        Person::signIn(m_company.site, u"anna"_s, u"device-2"_s);
+        Person &bert = m_company.bert;
+        bert.post(u"keys/upload"_s, {{"identity_key"_L1, "aWQ="_L1},
+                                     {"signed_pre_key"_L1, "cHJl"_L1},
+                                     {"signed_pre_key_signature"_L1, "c2ln"_L1},
+                                     {"one_time_pre_keys"_L1, QJsonArray()}});
+        bert.post(u"zk/identity"_s, {{"public_key_jwk"_L1, QJsonObject{{"kty"_L1, "EC"_L1}}}});
+        m_company.carl.post(u"contacts/request"_s, {{"contact_id"_L1, m_anna.id}});
+        m_anna.post(u"federation/peers"_s,
+                    {{"domain"_L1, "down.example"_L1}, {"base_url"_L1, "http://127.0.0.1:1"_L1}});
+        m_anna.post(u"chats/%1/agents"_s.arg(m_company.chat), {{"role"_L1, "scribe"_L1}});
+        const QJsonObject privateBot{
+            {"name"_L1, "Mine"_L1}, {"web_app_url"_L1, "https://app.example/"_L1}, {"is_public"_L1, false}};
+        const QJsonObject skill{
+            {"name"_L1, "S"_L1}, {"system_prompt"_L1, "p"_L1}, {"triggers"_L1, QJsonArray()}};
+        m_names = {{"CHAT", m_company.chat},
+                   {"MSG", m_anna.say(m_company.chat, u"hello @bert"_s)},
+                   {"ME", QString::number(m_anna.id)},
+                   {"OTHER", QString::number(bert.id)},
+                   {"CARL", QString::number(m_company.carl.id)},
+                   {"DIRECT", m_anna.directChatWith(bert)},
+                   {"BERTS", bert.groupWith({})},
+                   {"BOT", m_anna.post(u"bots"_s, privateBot).text("bot.id")},
+                   {"SKILL", m_anna.post(u"skills"_s, skill).text("skill.id")},
+                   {"AGENT", m_anna.get(u"chats/%1/agents"_s.arg(m_company.chat)).text("agents.0.id")},
+                   {"FOLDER", m_anna.post(u"folders"_s, {{"name"_L1, "F"_L1}}).text("folder.id")}};
+        for (const auto &[name, value] : m_names)
+            QVERIFY2(!value.isEmpty(), name);
+    }
 
-private:
-    QString filled(const char *text) const;
-
-    std::unique_ptr<Site> m_site;
-    std::unique_ptr<Person> m_anna;
-    std::unique_ptr<Person> m_bert;
-    std::unique_ptr<Person> m_carl;
-    QList<std::pair<QString, QString>> m_names;
-};
-
-void OperationsTest::initTestCase() {
-    m_site = std::make_unique<Site>();
-    m_anna = std::make_unique<Person>(*m_site, u"anna"_s);
-    m_bert = std::make_unique<Person>(*m_site, u"bert"_s);
-    m_carl = std::make_unique<Person>(*m_site, u"carl"_s);
-    Person::signIn(*m_site, u"anna"_s, u"device-2"_s);
-
-    const QString chat = m_anna->groupWith({m_bert->id});
-    m_anna->post(u"chats/%1/agents"_s.arg(chat), {{"role"_L1, "scribe"_L1}});
-    m_bert->post(u"keys/upload"_s, {{"identity_key"_L1, "aWQ="_L1},
-                                    {"signed_pre_key"_L1, "cHJl"_L1},
-                                    {"signed_pre_key_signature"_L1, "c2ln"_L1},
-                                    {"one_time_pre_keys"_L1, QJsonArray()}});
-    m_bert->post(u"zk/identity"_s, {{"public_key_jwk"_L1, QJsonObject{{"kty"_L1, "EC"_L1}}}});
-    m_carl->post(u"contacts/request"_s, {{"contact_id"_L1, m_anna->id}});
-    m_anna->post(u"federation/peers"_s,
-                 {{"domain"_L1, "down.example"_L1}, {"base_url"_L1, "http://127.0.0.1:1"_L1}});
-    const QJsonObject privateBot{
-        {"name"_L1, "Mine"_L1}, {"web_app_url"_L1, "https://app.example/"_L1}, {"is_public"_L1, false}};
-    m_names = {
-        {u"CHAT"_s, chat},
-        {u"MSG"_s, m_anna->say(chat, u"hello @bert"_s)},
-        {u"ME"_s, QString::number(m_anna->id)},
-        {u"OTHER"_s, QString::number(m_bert->id)},
-        {u"CARL"_s, QString::number(m_carl->id)},
-        {u"BOT"_s, m_anna->post(u"bots"_s, privateBot).json["bot"_L1]["id"_L1].toString()},
-        {u"SKILL"_s,
-         m_anna
-             ->post(u"skills"_s,
-                    {{"name"_L1, "S"_L1}, {"system_prompt"_L1, "p"_L1}, {"triggers"_L1, QJsonArray()}})
-             .json["skill"_L1]["id"_L1]
-             .toString()},
-        {u"AGENT"_s, m_anna->get(u"chats/%1/agents"_s.arg(chat)).json["agents"_L1][0]["id"_L1].toString()},
-        {u"FOLDER"_s,
-         m_anna->post(u"folders"_s, {{"name"_L1, "F"_L1}}).json["folder"_L1]["id"_L1].toString()}};
-    for (const auto &[name, value] : m_names)
-        QVERIFY2(!value.isEmpty(), qPrintable(name));
-}
-
-QString OperationsTest::filled(const char *text) const {
-    QString result = QString::fromUtf8(text);
-    for (const auto &[name, value] : m_names)
-        result.replace(name, value);
-    return result;
-}
-
-void OperationsTest::rows_data() {
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < static_cast<int>(std::size(::rows)); ++i)
-        QTest::addRow("%s %s", ::rows[i].method, ::rows[i].path) << i;
-}
-
-// Strangers first, since the good call may leave nothing to refuse them.
-void OperationsTest::rows() {
-    QFETCH(int, index);
-    const Row &row = ::rows[index];
-    const QString path = filled(row.path);
-    const QByteArray body = filled(row.body).toUtf8();
-    const QByteArray method = row.method;
-
-    if (row.outsider != open) {
-        for (const char *authorization : {"", "Bearer", "Bearer wrong", "Basic YTpi"}) {
-            const Reply reply = m_site->send(method, path, body, {{"Authorization", authorization}});
-            QCOMPARE(reply.status, 401);
-            QCOMPARE(reply.error(), u"unauthorized"_s);
+    void refusals() {
+        const QByteArray before = everything();
+        QStringList wrong;
+        for (const Refused &row : ::refusals()) {
+            const Reply reply = m_anna.send(row.method, filled(row.path),
+                                            row.body.isValidUtf8() ? filled(row.body).toUtf8() : row.body);
+            if (reply.status != row.status || reply.error() != QLatin1StringView(row.error))
+                wrong.append(u"%1 %2: %3"_s.arg(row.path, QString::fromUtf8(row.body.left(100)),
+                                                QString::fromUtf8(reply.body)));
         }
-        if (!QByteArrayList{"users/me"}.contains(row.path) || method != "DELETE") {
-            const Reply reply = m_carl->send(method, path, body);
-            QVERIFY2(reply.status == row.outsider, reply.body.constData());
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
+        QCOMPARE(everything(), before);
+        for (const Refused &row : accepted)
+            QVERIFY2(m_anna.send(row.method, filled(row.path), row.body).status == row.status, row.body);
+        QCOMPARE(m_anna.messages(lobby()).size(), 2);
+    }
+
+    void rows() {
+        for (const Row &row : operations) {
+            const QByteArray wrong = wrongWith(row);
+            QVERIFY2(wrong.isEmpty(), qPrintable(u"%1 %2: %3"_s.arg(row.method, row.path, wrong)));
         }
     }
-    if (!body.isEmpty())
-        for (const char *bad : {"[]", "{", "7", "\"x\""})
-            QCOMPARE(m_anna->send(method, path, bad).error(), u"bad_json"_s);
 
-    const Reply reply = m_anna->send(method, path, body);
-    QVERIFY2(reply.status == row.status, reply.body.constData());
-    for (const QString &key : QString::fromLatin1(row.keys).split(u' '))
-        QVERIFY2(reply.json.contains(key), qPrintable(key));
-}
+private:
+    QString filled(const QByteArray &text) const {
+        QString result = QString::fromUtf8(text);
+        for (const auto &[name, value] : m_names)
+            result.replace(QLatin1StringView(name), value);
+        return result;
+    }
 
-void OperationsTest::unknownMethodsAndPaths() {
-    QCOMPARE(m_bert->send("PUT", u"chats"_s, "{}").error(), u"method_not_allowed"_s);
-    QCOMPARE(m_bert->send("GET", u"chats/"_s).error(), u"not_found"_s);
-    QCOMPARE(m_bert->send("GET", u"/"_s).error(), u"not_found"_s);
-    QCOMPARE(m_bert->send("GET", u"/api/messenger//chats"_s).error(), u"not_found"_s);
-}
+    // All that anna can see of the server.
+    QByteArray everything() {
+        QByteArray all;
+        for (const char *path :
+             {"users/me/export", "federation/peers", "bots", "skills", "folders", "keys/ME/count", "contacts",
+              "contacts/requests", "p2p/discover", "starred", "chats/lobby/messages"})
+            all += m_anna.get(filled(path)).body + '\n';
+        all += m_company.bert.get(filled("keys/ME")).body;
+        return all +
+               QDir(m_company.site.dataFolder() + u"/files"_s).entryList(QDir::Files).join(u' ').toUtf8();
+    }
+
+    // Strangers first, since the good call may leave nothing to refuse them.
+    QByteArray wrongWith(const Row &row) {
+        const QString path = filled(row.path);
+        const QByteArray body = filled(row.body).toUtf8();
+        const QByteArray method = row.method;
+        if (row.outsider != open) {
+            for (const char *authorization : {"", "Bearer", "Bearer wrong", "Basic YTpi"}) {
+                const Reply reply =
+                    m_company.site.send(method, path, body, {{"Authorization", authorization}});
+                if (reply.status != 401 || reply.error() != "unauthorized"_L1)
+                    return "a stranger gets " + reply.body;
+            }
+            if (path != "users/me"_L1) {
+                const Reply reply = m_company.carl.send(method, path, body);
+                if (reply.status != row.outsider)
+                    return "an outsider gets " + reply.body;
+            }
+        }
+        if (!body.isEmpty())
+            for (const char *bad : {"[]", "{", "7", "\"x\""})
+                if (const Reply reply = m_anna.send(method, path, bad); reply.error() != "bad_json"_L1)
+                    return bad + (" gets " + reply.body);
+        const Reply reply = m_anna.send(method, path, body);
+        if (reply.status != row.status)
+            return reply.body;
+        for (const QString &key : QString::fromLatin1(row.keys).split(u' '))
+            if (!reply.json.contains(key))
+                return key.toUtf8() + " is missing";
+        return {};
+    }
+
+    Company m_company;
+    Person &m_anna = m_company.anna;
+    QList<std::pair<const char *, QString>> m_names;
+};
 
 QTEST_GUILESS_MAIN(OperationsTest)
 #include "tst_homeserver_operations.moc"
