@@ -17,7 +17,7 @@ Rectangle {
     property int rightInset: 0
     readonly property bool hasFocus: area.activeFocus
     readonly property bool isEmpty: area.text === ""
-    /// No more fits, or something that came did not.
+    /// Something that came did not fit any more.
     property bool isFull: false
 
     signal edited(string newText)
@@ -41,10 +41,11 @@ Rectangle {
     onTextChanged: {
         if (area.text === text)
             return;
-        const fits = WritingLimit.fitting(text, WritingLimit.most);
+        const given = text;
+        const fits = WritingLimit.fitting(given, WritingLimit.most);
         area.text = fits;
         area.cursorPosition = fits.length;
-        isFull = fits.length < text.length;
+        isFull = fits.length < given.length;
     }
 
     FontMetrics {
@@ -90,10 +91,12 @@ Rectangle {
 
             Component.onCompleted: cursorPosition = length
             onTextChanged: {
-                if (length > WritingLimit.most)
+                const isTooLong = length > WritingLimit.most;
+                if (isTooLong)
                     remove(WritingLimit.most, length);
-                root.isFull = length === WritingLimit.most;
-                root.edited(text);
+                else
+                    root.edited(text);
+                root.isFull = isTooLong;
             }
             onActiveFocusChanged: root.focusTold(activeFocus)
             Keys.onTabPressed: walk(true)
