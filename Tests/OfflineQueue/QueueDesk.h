@@ -193,8 +193,9 @@ struct QueueDesk {
         write(sealedFile(), sealed(queueform::encode(messages)));
     }
     /// What the sealed file holds.
-    QList<QueuedMessage> saved() const {
-        const SecretBytes plain = primitives::open(key, queueform::boxOf(read(sealedFile())));
+    QList<QueuedMessage> saved() const { return saved(key); }
+    QList<QueuedMessage> saved(const QByteArray &sealedWith) const {
+        const SecretBytes plain = primitives::open(sealedWith, queueform::boxOf(read(sealedFile())));
         return queueform::decode(plain.view().toByteArray());
     }
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QueueDesk.h"
-#include "Support/Await.h"
+#include "Support/InRow.h"
 #include "Support/TestMain.h"
 
 #include <QJsonDocument>
@@ -15,15 +15,11 @@ private Q_SLOTS:
     void aFileOfAnotherImplementationIsRead();
     void everyCharacterComesBack();
     void theFirstSaveMakesKeyAndFolder();
-    void whatCanNotBeOpenedStays_data();
     void whatCanNotBeOpenedStays();
     void aFileCutAnywhereStays();
     void theNextSaveWritesOverWhatCouldNotBeOpened();
-    void aSaveThatFailsCostsNothing_data();
     void aSaveThatFailsCostsNothing();
-    void anEarlierVersionsFileIsTakenOver_data();
     void anEarlierVersionsFileIsTakenOver();
-    void anEarlierVersionsFileThatIsNoneStays_data();
     void anEarlierVersionsFileThatIsNoneStays();
 };
 
@@ -31,12 +27,10 @@ namespace {
 
 const QString couldNotBeOpened = u"Encrypted queue could not be opened"_s;
 
-QByteArray listOf(const QJsonObject &message) {
-    return QJsonDocument(QJsonArray{message}).toJson(QJsonDocument::Compact);
-}
-
-QJsonObject goodMessage() {
-    return json::parse(queueform::encode({queued(u"m"_s)})).toArray().first().toObject();
+QueuedMessage large() {
+    QueuedMessage message = queued(u"large"_s);
+    message.content = message.content.repeated(1000);
+    return message;
 }
 
 } // namespace
@@ -73,63 +67,58 @@ void TestOfflineQueueFile::theFirstSaveMakesKeyAndFolder() {
     QCOMPARE(desk.log.lines(), QStringList{u"Queued 1 messages — will send when online"_s});
     const QByteArray key = desk.secrets->items.value(desk.account);
     QCOMPARE(key.size(), 32);
-    QCOMPARE(desk.secrets->labels.value(desk.account), u"OrvaneTalk encrypted offline queue"_s);
+    QCOMPARE(desk.secrets->labels.value(desk.account), "OrvaneTalk encrypted offline queue");
     const QByteArray file = QueueDesk::read(desk.sealedFile());
     QVERIFY(file.startsWith("OTQ1") && !file.contains("words"));
     QCOMPARE(QFile::permissions(desk.sealedFile()) & (QFile::ReadGroup | QFile::ReadOther), 0);
-    const SecretBytes plain = primitives::open(key, queueform::boxOf(file));
-    QCOMPARE(queueform::decode(plain.view().toByteArray()), QList{queued(u"m"_s)});
+    QCOMPARE(desk.saved(key), QList{queued(u"m"_s)});
     // A nonce is used once.
     QVERIFY(desk.sealed("[]") != desk.sealed("[]"));
 }
 
-void TestOfflineQueueFile::whatCanNotBeOpenedStays_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QByteArray>("key");
-    QTest::addColumn<bool>("storeFails");
-    const QueueDesk desk;
-    const QByteArray good = desk.sealed(queueform::encode({queued(u"m"_s)}));
-    const auto row = [&](const QByteArray &name, const QByteArray &file) {
-        QTest::newRow(name.constData()) << file << desk.key << false;
+void TestOfflineQueueFile::whatCanNotBeOpenedStays() {
+    const auto row = [](const QByteArray &name, const QByteArray &file,
+                        const QByteArray &key = QByteArray(32, 'k'), int failingCall = -1) {
+        const InRow named(name);
+        QueueDesk desk;
+        desk.secrets->items[desk.account] = key;
+        if (key.isNull())
+            desk.secrets->items.clear();
+        desk.secrets->failingCall = failingCall;
+        const QByteArray legacy = queueform::encode({queued(u"old"_s)});
+        QueueDesk::write(desk.sealedFile(), file);
+        QueueDesk::write(desk.legacyFile(), legacy);
+        QCOMPARE(desk.startAndEnd(), QStringList{couldNotBeOpened});
+        QCOMPARE(QueueDesk::read(desk.sealedFile()), file);
+        QCOMPARE(QueueDesk::read(desk.legacyFile()), legacy);
+        if (!key.isNull())
+            QCOMPARE(desk.secrets->items.value(desk.account), key);
     };
+    const QByteArray list = queueform::encode({queued(u"m"_s)});
+    const QByteArray good = QueueDesk().sealed(list);
     row("nothing", "");
     row("the magic alone", "OTQ1");
     row("another magic", "OTQ2" + good.mid(4));
-    row("the list in the clear", queueform::encode({queued(u"m"_s)}));
+    row("the list in the clear", list);
     row("one bit turned", QByteArray(good).replace(20, 1, QByteArray(1, char(good[20] ^ 1))));
     row("one byte more", good + '\0');
-    row("no JSON", desk.sealed("[{]"));
-    row("no list", desk.sealed(json::compact(goodMessage())));
-    for (const QString &key : goodMessage().keys()) {
-        QJsonObject message = goodMessage();
-        message[key] = QJsonArray();
-        row("mistyped " + key.toUtf8(), desk.sealed(listOf(message)));
-        message.remove(key);
-        row("without " + key.toUtf8(), desk.sealed(listOf(message)));
+    row("no JSON", QueueDesk().sealed("[{]"));
+    const QJsonObject message = json::parse(list).toArray().first().toObject();
+    row("no list", QueueDesk().sealed(json::compact(message)));
+    for (const QString &key : message.keys()) {
+        const auto sealed = [](const QJsonObject &one) {
+            return QueueDesk().sealed('[' + json::compact(one) + ']');
+        };
+        QJsonObject changed = message;
+        changed[key] = QJsonArray();
+        row("mistyped " + key.toUtf8(), sealed(changed));
+        changed.remove(key);
+        row("without " + key.toUtf8(), sealed(changed));
     }
-    QTest::newRow("another key") << good << QByteArray(32, 'x') << false;
-    QTest::newRow("a key of another size") << good << QByteArray(31, 'k') << false;
-    QTest::newRow("no key") << good << QByteArray() << false;
-    QTest::newRow("no keyring") << good << desk.key << true;
-}
-
-void TestOfflineQueueFile::whatCanNotBeOpenedStays() {
-    QFETCH(QByteArray, file);
-    QFETCH(QByteArray, key);
-    QFETCH(bool, storeFails);
-    QueueDesk desk;
-    desk.secrets->items[desk.account] = key;
-    if (key.isNull())
-        desk.secrets->items.clear();
-    desk.secrets->failingCall = storeFails ? 0 : -1;
-    const QByteArray legacy = queueform::encode({queued(u"old"_s)});
-    QueueDesk::write(desk.sealedFile(), file);
-    QueueDesk::write(desk.legacyFile(), legacy);
-    QCOMPARE(desk.startAndEnd(), QStringList{couldNotBeOpened});
-    QCOMPARE(QueueDesk::read(desk.sealedFile()), file);
-    QCOMPARE(QueueDesk::read(desk.legacyFile()), legacy);
-    if (!key.isNull())
-        QCOMPARE(desk.secrets->items.value(desk.account), key);
+    row("another key", good, QByteArray(32, 'x'));
+    row("a key of another size", good, QByteArray(31, 'k'));
+    row("no key", good, QByteArray());
+    row("no keyring", good, QByteArray(32, 'k'), 0);
 }
 
 void TestOfflineQueueFile::aFileCutAnywhereStays() {
@@ -156,87 +145,67 @@ void TestOfflineQueueFile::theNextSaveWritesOverWhatCouldNotBeOpened() {
     QVERIFY(!QFile::exists(desk.legacyFile()));
 }
 
-void TestOfflineQueueFile::aSaveThatFailsCostsNothing_data() {
-    QTest::addColumn<Obstacle>("obstacle");
-    QTest::newRow("a keyring that vanished") << Obstacle::storeRefuses;
-    QTest::newRow("a read-only folder") << Obstacle::readOnlyFolder;
-    QTest::newRow("a full disk") << Obstacle::fullDisk;
-}
-
 void TestOfflineQueueFile::aSaveThatFailsCostsNothing() {
-    QFETCH(Obstacle, obstacle);
-    QueueDesk desk;
-    QueuedMessage large = queued(u"large"_s);
-    large.content = large.content.repeated(1000);
-    desk.save({queued(u"first"_s)});
-    const QByteArray before = QueueDesk::read(desk.sealedFile());
-    desk.start();
-    // The load is over.
-    desk.enqueue(queued(u"second"_s));
-    const QByteArray saved = QueueDesk::read(desk.sealedFile());
-    QVERIFY(saved != before);
-    {
-        const Obstructed obstructed(obstacle, desk.folder.path(), *desk.secrets);
-        desk.enqueue(large);
+    for (const Obstacle obstacle : {Obstacle::storeRefuses, Obstacle::readOnlyFolder, Obstacle::fullDisk}) {
+        const InRow row(QByteArray::number(int(obstacle)));
+        QueueDesk desk;
+        desk.save({queued(u"first"_s)});
+        const QByteArray before = QueueDesk::read(desk.sealedFile());
+        desk.start();
+        // The load is over.
+        desk.enqueue(queued(u"second"_s));
+        const QByteArray saved = QueueDesk::read(desk.sealedFile());
+        QVERIFY(saved != before);
+        {
+            const Obstructed obstructed(obstacle, desk.folder.path(), *desk.secrets);
+            desk.enqueue(large());
+        }
+        QCOMPARE(desk.log.lines().mid(2), (QStringList{u"Encrypted queue save failed"_s,
+                                                       u"Queued 3 messages — will send when online"_s}));
+        QCOMPARE(QueueDesk::read(desk.sealedFile()), saved);
+        QCOMPARE(QDir(desk.folder.path()).entryList(QDir::Files), QStringList{u"offline_queue.enc"_s});
+        desk.enqueue(queued(u"fourth"_s));
+        QCOMPARE(desk.saved(),
+                 (QList{queued(u"first"_s), queued(u"second"_s), large(), queued(u"fourth"_s)}));
     }
-    QCOMPARE(desk.log.lines().mid(2),
-             (QStringList{u"Encrypted queue save failed"_s, u"Queued 3 messages — will send when online"_s}));
-    QCOMPARE(QueueDesk::read(desk.sealedFile()), saved);
-    QCOMPARE(QDir(desk.folder.path()).entryList(QDir::Files), QStringList{u"offline_queue.enc"_s});
-    desk.enqueue(queued(u"fourth"_s));
-    QCOMPARE(desk.saved(), (QList{queued(u"first"_s), queued(u"second"_s), large, queued(u"fourth"_s)}));
-}
-
-void TestOfflineQueueFile::anEarlierVersionsFileIsTakenOver_data() {
-    QTest::addColumn<Obstacle>("obstacle");
-    QTest::newRow("at once") << Obstacle::nothing;
-    QTest::newRow("no keyring yet") << Obstacle::storeRefuses;
-    QTest::newRow("a read-only folder") << Obstacle::readOnlyFolder;
-    QTest::newRow("a full disk") << Obstacle::fullDisk;
 }
 
 void TestOfflineQueueFile::anEarlierVersionsFileIsTakenOver() {
-    QFETCH(Obstacle, obstacle);
-    QueueDesk desk;
-    QueuedMessage large = queued(u"large"_s);
-    large.content = large.content.repeated(1000);
-    const QByteArray legacy = queueform::encode({large, queued(u"m"_s)});
-    QueueDesk::write(desk.legacyFile(), legacy);
-    {
-        const Obstructed obstructed(obstacle, desk.folder.path(), *desk.secrets);
-        desk.start();
-        QTRY_COMPARE(desk.log.lines().size(), 1);
+    for (const Obstacle obstacle :
+         {Obstacle::nothing, Obstacle::storeRefuses, Obstacle::readOnlyFolder, Obstacle::fullDisk}) {
+        const InRow row(QByteArray::number(int(obstacle)));
+        QueueDesk desk;
+        const QByteArray legacy = queueform::encode({large(), queued(u"m"_s)});
+        QueueDesk::write(desk.legacyFile(), legacy);
+        {
+            const Obstructed obstructed(obstacle, desk.folder.path(), *desk.secrets);
+            desk.start();
+            QTRY_COMPARE(desk.log.lines().size(), 1);
+        }
+        if (obstacle == Obstacle::nothing) {
+            QCOMPARE(desk.log.lines(), QStringList{u"Migrated 2 queued messages to encrypted storage"_s});
+            QCOMPARE(desk.saved(), (QList{large(), queued(u"m"_s)}));
+        } else {
+            QCOMPARE(desk.log.lines(), QStringList{u"Encryption migration deferred"_s});
+            QCOMPARE(QueueDesk::read(desk.legacyFile()), legacy);
+            QVERIFY(!QFile::exists(desk.sealedFile()));
+        }
+        desk.enqueue(queued(u"new"_s));
+        QCOMPARE(desk.saved(), (QList{large(), queued(u"m"_s), queued(u"new"_s)}));
+        QVERIFY(!QFile::exists(desk.legacyFile()));
     }
-    if (obstacle == Obstacle::nothing) {
-        QCOMPARE(desk.log.lines(), QStringList{u"Migrated 2 queued messages to encrypted storage"_s});
-        QCOMPARE(desk.saved(), (QList{large, queued(u"m"_s)}));
-    } else {
-        QCOMPARE(desk.log.lines(), QStringList{u"Encryption migration deferred"_s});
-        QCOMPARE(QueueDesk::read(desk.legacyFile()), legacy);
-        QVERIFY(!QFile::exists(desk.sealedFile()));
-    }
-    desk.enqueue(queued(u"new"_s));
-    QCOMPARE(desk.saved(), (QList{large, queued(u"m"_s), queued(u"new"_s)}));
-    QVERIFY(!QFile::exists(desk.legacyFile()));
-}
-
-void TestOfflineQueueFile::anEarlierVersionsFileThatIsNoneStays_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::newRow("nothing") << QByteArray("");
-    QTest::newRow("cut") << queueform::encode({queued(u"m"_s)}).chopped(1);
-    QTest::newRow("no list") << QByteArray("{}");
-    QTest::newRow("a message with a key less") << QByteArray(R"([{"id":"m"}])");
-    QTest::newRow("one bad among good ones")
-        << queueform::encode({queued(u"m"_s)}).chopped(1).append(",null]");
 }
 
 void TestOfflineQueueFile::anEarlierVersionsFileThatIsNoneStays() {
-    QFETCH(QByteArray, file);
-    QueueDesk desk;
-    QueueDesk::write(desk.legacyFile(), file);
-    QCOMPARE(desk.startAndEnd(), QStringList());
-    QCOMPARE(QueueDesk::read(desk.legacyFile()), file);
-    QVERIFY(!QFile::exists(desk.sealedFile()));
+    const QByteArray cut = queueform::encode({queued(u"m"_s)}).chopped(1);
+    for (const QByteArray &file : {""_ba, cut, "{}"_ba, R"([{"id":"m"}])"_ba, cut + ",null]"}) {
+        const InRow row(file);
+        QueueDesk desk;
+        QueueDesk::write(desk.legacyFile(), file);
+        QCOMPARE(desk.startAndEnd(), QStringList());
+        QCOMPARE(QueueDesk::read(desk.legacyFile()), file);
+        QVERIFY(!QFile::exists(desk.sealedFile()));
+    }
 }
 
 ORVANE_TEST_MAIN(TestOfflineQueueFile)
