@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Conversation/Receiving/ChatHistory.h"
 #include "Heap.h"
 #include "ManyChats.h"
 #include "OffscreenScene.h"
@@ -24,7 +25,7 @@ QJsonObject record(int number) {
         {u"reactions"_s, QJsonArray()}};
 }
 
-QByteArray historyAnswer(int count = HistoryLoader::pageSize) {
+QByteArray historyAnswer(int count = historyPageSize) {
     QJsonArray messages;
     for (int number = 0; number < count; ++number)
         messages.append(record(number));

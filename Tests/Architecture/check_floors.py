@@ -32,6 +32,11 @@ KIT = "Interface"
 KIT_USES = {"Base", "Model"}
 KIT_USED_FROM_FLOOR = 4
 
+# Rooms within a room, lowest first: those of one floor do not use each other.
+WITHIN = {
+    "Conversation": [{"Chat"}, {"Actions", "Assistant", "Receiving", "Sending"}, {"Messages"}, {"Screen"}],
+}
+
 LIMITS = {".h": 300, ".cpp": 600, ".qml": 600}
 LIMITED_ROOTS = ("Sources", "HomeServer", "Tests", "Benchmarks", "Fuzz")
 EXCEPTIONS = "Tests/Architecture/long_files.txt"
@@ -50,6 +55,12 @@ def may_use(user: str, used: str) -> bool:
     if used == KIT:
         return FLOORS[user] >= KIT_USED_FROM_FLOOR
     return FLOORS[used] < FLOORS[user]
+
+
+def may_use_within(room: str, user: str, used: str) -> bool:
+    """Whether one folder of a room may use another one of it."""
+    floor = {name: number for number, names in enumerate(WITHIN[room]) for name in names}
+    return user == used or (user in floor and used in floor and floor[used] < floor[user])
 
 
 def lines_of(path: Path) -> list[str]:
@@ -121,6 +132,10 @@ class Check:
                 used = match.group(1).split("/")[0] if match and "/" in match.group(1) else None
                 if used in ("..", "HomeServer", "Sources"):
                     self.fault(path, number, f"may not include {match.group(1)}")
+            if used == room and room in WITHIN and path.suffix != ".qml":
+                user, inner = path.relative_to(self.root / "Sources" / room).parts[0], match.group(1).split("/")[1]
+                if not may_use_within(room, user, inner):
+                    self.fault(path, number, f"{room}/{user} may not use {room}/{inner}")
             if used not in self.rooms or used == room:
                 continue
             if not may_use(room, used):

@@ -9,12 +9,13 @@ namespace orvane {
 
 using namespace Qt::StringLiterals;
 
-/// The open chat in a window of its own, with a history that is given.
+/// The open chat in a window of its own, with a history that is given and has come.
 struct ChatWindow : OpenChatParts {
     std::shared_ptr<MessengerChatView> screen;
     ScreenWindow view;
 
-    explicit ChatWindow(const QJsonArray &history) {
+    explicit ChatWindow(
+        const QJsonArray &history, const std::function<void(MessengerChatView &)> &prepare = [](auto &) {}) {
         MessengerChat chat;
         chat.id = u"c"_s;
         chat.type = ChatType::group;
@@ -22,10 +23,13 @@ struct ChatWindow : OpenChatParts {
         http.answerFor("/api/messenger/chats/c/messages",
                        ScriptedAnswer::of(200, json::compact({{"messages", history}})));
         screen = std::make_shared<MessengerChatView>(chat, Contacts(), u"7"_s, chatParts());
+        prepare(*screen);
         view.resize(580, 650);
         view.open(u"qrc:/OrvaneTalk/Conversation/ChatScreen.qml"_s,
                   {{"screen", QVariant::fromValue(screen.get())}, {"focus", true}});
         screen->loadMessages();
+        if (!QTest::qWaitForWindowActive(&view) || !QTest::qWaitFor([this] { return !screen->isLoading; }))
+            qFatal("The window does not come.");
     }
 
     QQuickItem *messages() const { return view.rootObject()->findChild<QQuickItem *>(u"messages"_s); }

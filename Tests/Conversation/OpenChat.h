@@ -13,34 +13,58 @@ using namespace Qt::StringLiterals;
 
 /// A direct chat of user 7 with Ben, 9, whose history is given as records of the server.
 struct OpenChat : OpenChatParts {
+    static inline const QByteArray target = "/api/messenger/chats/c/messages";
+    static inline const QByteArray posted = R"({"message":{}})";
+
     std::shared_ptr<MessengerChatView> screen;
 
     explicit OpenChat(const QList<QByteArray> &history = {}, const QString &user = u"7"_s,
-                      ChatType type = ChatType::direct) {
+                      ChatType type = ChatType::direct, const EndToEnd *encryption = nullptr) {
         MessengerChat chat;
         chat.id = u"c"_s;
         chat.type = type;
         chat.participants = {u"7"_s, u"9"_s};
-        MessengerUser ben;
-        ben.id = u"9"_s;
-        ben.displayName = u"Ben"_s;
         signIn();
-        screen = std::make_shared<MessengerChatView>(chat, Contacts{{ben.id, ben}}, user, chatParts());
+        screen = std::make_shared<MessengerChatView>(chat, Contacts{{u"9"_s, person(u"9"_s, u"Ben"_s)}}, user,
+                                                     chatParts(encryption));
         if (history.isEmpty())
             return;
-        http.answerNext(ScriptedAnswer::of(200, R"({"messages":[)" + history.join(',') + "]}"));
+        http.answerNext(ScriptedAnswer::of(200, answer(history)));
+        load();
+    }
+
+    static MessengerUser person(const QString &id, const QString &name) {
+        MessengerUser user;
+        user.id = id;
+        user.displayName = name;
+        return user;
+    }
+    static QByteArray record(const QByteArray &id, const QByteArray &sender, const QByteArray &text = "hi",
+                             const QByteArray &time = "10") {
+        return R"({"id":")" + id + R"(","sender_id":")" + sender + R"(","content":")" + text +
+               R"(","created_at":)" + time + "}";
+    }
+    static QByteArray answer(const QList<QByteArray> &records) {
+        return R"({"messages":[)" + records.join(',') + "]}";
+    }
+
+    void load() {
         screen->loadMessages();
         if (!QTest::qWaitFor([this] { return !screen->isLoading; }))
             qFatal("The history does not come.");
     }
-
-    static QByteArray record(const char *id, const char *sender, const char *text = "hi") {
-        return R"({"id":"%1","sender_id":"%2","content":"%3","created_at":10})"_ba.replace("%1", id)
-            .replace("%2", sender)
-            .replace("%3", text);
+    void say(const QString &text) {
+        screen->inputText = text;
+        screen->sendMessage();
     }
 
     const MessengerMessage &message(int row) const { return screen->messages.at(row); }
+    QString ids() const {
+        QStringList ids;
+        for (const MessengerMessage &message : screen->messages.records())
+            ids.append(message.id);
+        return ids.join(u' ');
+    }
 
     /// The body of the last request to this path, once there is one.
     QJsonObject bodySentTo(const QByteArray &path) const {

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Conversation/Screen/ChatParts.h"
+#include "Conversation/Chat/ChatParts.h"
 #include "Server/HttpAnswer.h"
 #include "Support/ClientParts.h"
-#include "Support/RecordingNotifications.h"
 
 #include <QCoreApplication>
 #include <QNetworkReply>
@@ -49,8 +48,6 @@ struct OpenChatParts : ClientParts {
         }
     }
 
-    std::shared_ptr<RecordingNotifications::Notes> notes = std::make_shared<RecordingNotifications::Notes>();
-    ChatNotificationBridge notifications{std::make_unique<RecordingNotifications>(notes)};
     std::shared_ptr<Engines> engines = std::make_shared<Engines>(*this);
     MessengerOfflineQueue &queue = engines->queue;
     NotificationCentre &centre = engines->centre;

@@ -253,6 +253,8 @@ void MessengerChatListView::showPeople(const QList<QJsonObject> &records) {
             contacts.insert(*id, contactOf(record, *id));
     }
     contactsChanged();
+    if (m_openChat)
+        m_openChat->useContacts(contacts);
 }
 
 void MessengerChatListView::showChats(QList<MessengerChat> loaded) {

@@ -10,7 +10,7 @@
 #include "ChatList/Organising/NewGroup.h"
 #include "ChatList/People/ContactImporter.h"
 #include "ChatList/People/MessengerContactListView.h"
-#include "Conversation/Receiving/ChatNotificationBridge.h"
+#include "Conversation/Chat/ChatNotificationBridge.h"
 #include "Conversation/Screen/MessengerChatView.h"
 #include "LocalNetwork/P2PLanPanelView.h"
 #include "Server/MessengerAPI.h"

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Conversation/Actions/ChatExport.h"
 
-#include "Conversation/Screen/MessengerChatView.h"
-
 #include <QSaveFile>
 #include <QtConcurrentRun>
 
@@ -10,10 +8,10 @@
 
 namespace orvane {
 
-QString exportedConversation(MessengerChatView &screen) {
+QString exportedConversation(Conversation &chat) {
     QString text;
-    for (const MessengerMessage &message : screen.messages.records())
-        text += screen.cipher().plainText(message.content) + u'\n';
+    for (const MessengerMessage &message : chat.messages.records())
+        text += chat.cipher.plainText(message.content) + u'\n';
     return text;
 }
 

@@ -6,7 +6,7 @@ import OrvaneTalk.Interface
 Sheet {
     id: root
 
-    required property MessengerChatView screen
+    required property MessageEditing editing
 
     title: "Edit Message"
     keepsText: true
@@ -20,9 +20,9 @@ Sheet {
         prompt: "Message"
         // As tall as the window lets a sheet be, less its title and buttons.
         mostHeight: root.parent ? root.parent.height - 260 : 480
-        text: root.screen.editText
-        onEdited: newText => root.screen.editText = newText
-        onAccepted: root.screen.saveEdit()
+        text: root.editing.editText
+        onEdited: newText => root.editing.editText = newText
+        onAccepted: root.editing.save()
         onEscaped: root.close()
     }
     FullNotice {
@@ -31,6 +31,6 @@ Sheet {
     }
     buttons: PrimaryButton {
         text: "Save"
-        onClicked: root.screen.saveEdit()
+        onClicked: root.editing.save()
     }
 }

@@ -8,7 +8,7 @@ import OrvaneTalk.Model
 Sheet {
     id: root
 
-    required property MessengerChatView screen
+    required property MessageForwarding forwarding
 
     title: "Forward to..."
     onOpened: list.forceActiveFocus()
@@ -23,7 +23,7 @@ Sheet {
         activeFocusOnTab: true
         keyNavigationEnabled: true
         boundsBehavior: Flickable.StopAtBounds
-        model: root.screen.availableChats
+        model: root.forwarding.availableChats
         Accessible.role: Accessible.List
         Accessible.name: root.title
         T.ScrollBar.vertical: ScrollThumb {}
@@ -36,12 +36,12 @@ Sheet {
 
             width: list.width
             height: 52
-            text: root.screen.chatName(modelData)
+            text: root.forwarding.nameOf(modelData)
             hoverEnabled: true
             focus: true
             Keys.onReturnPressed: clicked()
             Keys.onEnterPressed: clicked()
-            onClicked: root.screen.forwardMessage(modelData)
+            onClicked: root.forwarding.forwardTo(modelData)
             Accessible.role: Accessible.ListItem
             Accessible.name: text
             Accessible.onPressAction: clicked()
@@ -57,7 +57,7 @@ Sheet {
                     x: Theme.gap8
                     anchors.verticalCenter: parent.verticalCenter
                     size: 36
-                    hueId: root.screen.hueIdOf(row.modelData)
+                    hueId: root.forwarding.hueIdOf(row.modelData)
                     name: row.text
                     symbol: row.modelData.type === "group" ? "person.3.fill"
                           : row.modelData.type === "channel" ? "megaphone.fill" : ""

@@ -1,50 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Model/MessengerMessage.h"
+#include "Conversation/Chat/Conversation.h"
 
-#include <QCoroTask>
-
-#include <QString>
-
-#include <memory>
-
+/// What a person does to one message of an open chat. Failures are logged at most, never shown. Main thread.
 namespace orvane {
 
-class MessengerChatView;
+/// As a person reads it.
+void copyMessage(Conversation &chat, const MessengerMessage &message);
 
-/// What a person does to one message. Pins and stars change at once and change back when the server refuses;
-/// edits, deletions and reactions wait for the server. Failures are logged, never shown. Main thread.
-class MessageActions {
-public:
-    explicit MessageActions(MessengerChatView &screen)
-        : m_screen(screen) {}
+/// Changes at once, and changes back when the server refuses.
+void toggleStar(Conversation &chat, const MessengerMessage &message);
 
-    void copy(const MessengerMessage &message);
-    /// Opens the dialog with the message's text.
-    void edit(const MessengerMessage &message);
-    /// Closes the dialog; a text of nothing but white space changes nothing.
-    void saveEdit();
-    void performDelete(const MessengerMessage &message);
-    void pinUnpin(const MessengerMessage &message);
-    void toggleStar(const MessengerMessage &message);
-    void react(const MessengerMessage &message, const QString &emoji);
-    /// Into Russian; one message at a time.
-    void translate(const MessengerMessage &message);
-
-private:
-    using Screen = std::shared_ptr<MessengerChatView>;
-
-    static QCoro::Task<void> performEdit(Screen screen, QString messageID, QString newContent);
-    static QCoro::Task<void> deleteAtServer(Screen screen, QString messageID);
-    static QCoro::Task<void> pinAtServer(Screen screen, QString messageID, bool pin);
-    static QCoro::Task<void> starAtServer(Screen screen, QString messageID, bool star);
-    static QCoro::Task<void> reactAtServer(Screen screen, QString messageID, QString emoji);
-    static QCoro::Task<void> translateAtServer(Screen screen, QString messageID);
-
-    void setPinned(const QString &messageID, bool pinned);
-
-    MessengerChatView &m_screen;
-};
+/// Waits for the server, which decides what the reactions are.
+void reactToMessage(Conversation &chat, const MessengerMessage &message, const QString &emoji);
 
 } // namespace orvane

@@ -11,11 +11,8 @@ ContextMenu {
     required property MessengerChatView screen
     /// As it was when the menu opened.
     property messengerMessage record
+    property bool pinned: false
     readonly property bool own: record.senderID === screen.currentUserID
-    readonly property bool pinned: {
-        void screen.pinnedMessages;
-        return screen.isPinned(record.id);
-    }
 
     Instantiator {
         model: root.screen.linksIn(root.record)

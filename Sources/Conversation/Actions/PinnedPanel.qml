@@ -9,7 +9,7 @@ import OrvaneTalk.Model
 Rectangle {
     id: root
 
-    required property MessengerChatView screen
+    required property MessagePins pins
     readonly property int side: Theme.columnSide(width)
 
     visible: list.count > 0
@@ -20,7 +20,7 @@ Rectangle {
         id: list
         anchors { fill: parent; bottomMargin: 1 }
         clip: true
-        model: root.screen.pinnedMessages
+        model: root.pins.pinnedMessages
         boundsBehavior: Flickable.StopAtBounds
         Accessible.role: Accessible.List
         Accessible.name: "Pinned messages"
@@ -51,7 +51,7 @@ Rectangle {
                     right: unpin.left; rightMargin: Theme.gap8
                     verticalCenter: parent.verticalCenter
                 }
-                text: root.screen.plainText(row.modelData.content).slice(0, 200).replace(/\s+/g, " ")
+                text: root.pins.lineOf(row.modelData)
                 font: Theme.secondaryFont
                 maximumLineCount: 1
                 Accessible.ignored: true
@@ -62,10 +62,10 @@ Rectangle {
                 symbol: "xmark.circle.fill"
                 symbolSize: 16
                 text: "Unpin"
-                onClicked: root.screen.pinUnpinMessage(row.modelData)
+                onClicked: root.pins.pinUnpin(row.modelData)
             }
             TapHandler {
-                onTapped: root.screen.scrollToPinned()
+                onTapped: root.pins.scrollTo()
             }
         }
     }

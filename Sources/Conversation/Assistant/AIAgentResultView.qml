@@ -8,12 +8,12 @@ import OrvaneTalk.Interface
 Banner {
     id: root
 
-    required property MessengerChatView screen
+    required property ChatAssistant assistant
 
-    visible: screen.showSearchPanel
+    visible: assistant.showSearchPanel
     symbol: "magnifyingglass"
     heading: "Search results"
-    onClosed: screen.showSearchPanel = false
+    onClosed: assistant.showSearchPanel = false
 
     ListView {
         id: list
@@ -22,7 +22,7 @@ Banner {
         visible: count > 0
         clip: true
         spacing: Theme.gap8
-        model: root.screen.agentResults
+        model: root.assistant.agentResults
         boundsBehavior: Flickable.StopAtBounds
         Accessible.role: Accessible.List
         Accessible.name: "Search results"

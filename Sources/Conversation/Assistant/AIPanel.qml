@@ -8,9 +8,9 @@ import OrvaneTalk.Interface
 Rectangle {
     id: root
 
-    required property MessengerChatView screen
+    required property ChatAssistant assistant
 
-    visible: screen.showAIPanel
+    visible: assistant.showAIPanel
     implicitHeight: visible ? column.implicitHeight + 2 * Theme.gap12 : 0
     color: Theme.surface
     onVisibleChanged: if (visible) field.forceActiveFocus()
@@ -24,7 +24,7 @@ Rectangle {
         Flickable {
             width: parent.width
             height: Math.min(answer.implicitHeight, 180)
-            visible: root.screen.aiResponse !== undefined
+            visible: root.assistant.aiResponse !== undefined
             contentHeight: answer.implicitHeight
             clip: true
             boundsBehavior: Flickable.StopAtBounds
@@ -33,7 +33,7 @@ Rectangle {
             PlainText {
                 id: answer
                 width: parent.width - Theme.gap12
-                text: root.screen.aiResponse ?? ""
+                text: root.assistant.aiResponse ?? ""
                 wrapMode: Text.Wrap
                 elide: Text.ElideNone
                 lineHeight: Theme.lineHeight
@@ -49,17 +49,17 @@ Rectangle {
                 id: field
                 width: parent.width - ask.width - Theme.gap8
                 placeholderText: "Ask AI… /schedule, /search, /translate"
-                text: root.screen.aiRequest
-                onTextChanged: root.screen.aiRequest = text
-                onAccepted: root.screen.sendAgentMessage()
-                Keys.onEscapePressed: root.screen.showAIPanel = false
+                text: root.assistant.aiRequest
+                onTextChanged: root.assistant.aiRequest = text
+                onAccepted: root.assistant.sendAgentMessage()
+                Keys.onEscapePressed: root.assistant.showAIPanel = false
             }
             PrimaryButton {
                 id: ask
                 text: "Ask"
-                busy: root.screen.isAILoading
+                busy: root.assistant.isAILoading
                 enabled: field.text.trim() !== ""
-                onClicked: root.screen.sendAgentMessage()
+                onClicked: root.assistant.sendAgentMessage()
             }
         }
     }

@@ -7,23 +7,24 @@ import OrvaneTalk.Interface
 Banner {
     id: root
 
-    required property MessengerChatView screen
-    readonly property int unanswered: screen.unansweredQuestions.length
+    required property ChatAssistant assistant
+    readonly property int unanswered: assistant.unansweredQuestions.length
+    signal picked(string question)
 
-    visible: screen.chatContext !== undefined || unanswered > 0
+    visible: assistant.chatContext !== undefined || unanswered > 0
     symbol: "sparkles"
     heading: unanswered > 0 ? "AI Context · " + unanswered + " unanswered" : "AI Context"
-    onClosed: screen.closeContext()
+    onClosed: assistant.closeContext()
 
     FoldingText {
         width: parent.width
         visible: text
-        text: root.screen.chatContext ?? ""
+        text: root.assistant.chatContext ?? ""
         font: Theme.secondaryFont
         color: Theme.dimmed
     }
     Repeater {
-        model: root.screen.unansweredQuestions
+        model: root.assistant.unansweredQuestions
         delegate: ActionButton {
             id: question
 
@@ -32,7 +33,7 @@ Banner {
             width: parent.width
             implicitHeight: 32
             text: modelData + " Reply"
-            onClicked: root.screen.inputText = modelData
+            onClicked: root.picked(modelData)
             background: Rectangle {
                 radius: Theme.controlRadius
                 color: question.hovered ? Theme.raised : "transparent"

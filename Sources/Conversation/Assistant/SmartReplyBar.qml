@@ -7,7 +7,8 @@ import OrvaneTalk.Interface
 Flickable {
     id: root
 
-    required property MessengerChatView screen
+    required property ChatAssistant assistant
+    signal picked(string reply)
 
     visible: replies.count > 0
     implicitHeight: visible ? 32 + 2 * Theme.gap8 : 0
@@ -24,7 +25,7 @@ Flickable {
 
         Repeater {
             id: replies
-            model: root.screen.smartReplies
+            model: root.assistant.smartReplies
             delegate: ActionButton {
                 id: reply
 
@@ -33,7 +34,7 @@ Flickable {
                 text: modelData
                 implicitHeight: 32
                 implicitWidth: Math.min(label.implicitWidth, 280)
-                onClicked: root.screen.inputText = modelData
+                onClicked: root.picked(modelData)
                 background: Rectangle {
                     radius: height / 2
                     color: reply.down ? Theme.pressed : reply.hovered ? Theme.raised : Theme.surface
@@ -53,8 +54,8 @@ Flickable {
         }
         PlainText {
             anchors.verticalCenter: parent.verticalCenter
-            visible: root.screen.personaSamples >= 1
-            text: root.screen.personaSamples + " образцов"
+            visible: root.assistant.personaSamples >= 1
+            text: root.assistant.personaSamples + " образцов"
             font: Theme.captionFont
             color: Theme.dimmed
             Accessible.role: Accessible.StaticText

@@ -7,21 +7,21 @@ import OrvaneTalk.Interface
 Banner {
     id: root
 
-    required property MessengerChatView screen
+    required property ChatAssistant assistant
 
-    visible: screen.chatSummary !== undefined || screen.isSummarizing
+    visible: assistant.chatSummary !== undefined || assistant.isSummarizing
     symbol: "text.and.command.macwindow"
     heading: "Summary"
-    onClosed: screen.closeSummary()
+    onClosed: assistant.closeSummary()
 
     FoldingText {
         width: parent.width
-        visible: root.screen.chatSummary !== undefined
+        visible: root.assistant.chatSummary !== undefined
         foldedLines: 6
-        text: root.screen.chatSummary ?? ""
+        text: root.assistant.chatSummary ?? ""
     }
     Spinner {
-        running: root.screen.isSummarizing && root.screen.chatSummary === undefined
+        running: root.assistant.isSummarizing && root.assistant.chatSummary === undefined
         visible: running
     }
 }

@@ -7,18 +7,18 @@ import OrvaneTalk.Interface
 ContextMenu {
     id: root
 
-    required property MessengerChatView screen
+    required property ChatAssistant assistant
 
     ContextMenuItem {
         text: "Today"
-        onChosen: root.screen.summarizeAction("day")
+        onChosen: root.assistant.summarizeAction("day")
     }
     ContextMenuItem {
         text: "This week"
-        onChosen: root.screen.summarizeAction("week")
+        onChosen: root.assistant.summarizeAction("week")
     }
     ContextMenuItem {
         text: "Everything"
-        onChosen: root.screen.summarizeAction("all")
+        onChosen: root.assistant.summarizeAction("all")
     }
 }

@@ -45,6 +45,16 @@ QList<Link> Link::in(const QString &text) {
     return found;
 }
 
+QStringList Link::firstAddressesIn(const QString &text) {
+    constexpr int mostLinks = 3;
+    constexpr int searchedLength = 100'000;
+    QStringList addresses;
+    for (const Link &link : in(text.left(searchedLength)))
+        addresses.append(link.address());
+    addresses.removeDuplicates();
+    return addresses.mid(0, mostLinks);
+}
+
 void Link::open(const QString &address) {
     const QList<Link> links = in(address);
     if (links.size() == 1 && links.first().length == address.size())

@@ -20,6 +20,9 @@ struct Link {
     /// part of it, and one with a name or a password before its host is none: it pretends to lead elsewhere.
     static QList<Link> in(const QString &text);
 
+    /// The first addresses that a text leads to, each once; no more than a menu should begin with.
+    static QStringList firstAddressesIn(const QString &text);
+
     /// Hands an address to the desktop, if it is one that in() would find.
     static void open(const QString &address);
 };

@@ -124,6 +124,7 @@ ListView {
         menu.active = true;
         const made = menu.item as MessageMenu;
         made.record = screen.rows.record(row);
+        made.pinned = (itemAtIndex(row) as MessageRow).pinned;
         return made;
     }
 
@@ -184,20 +185,6 @@ ListView {
         role: "kind"
 
         DelegateChoice {
-            roleValue: "text"
-            delegate: MessageRow {
-                id: text
-                screen: root.screen
-                onTapped: root.writingWanted()
-
-                MessageBubble {
-                    row: text
-                    onMoreRequested: root.showMore(text)
-                    onSelected: content => root.select(content)
-                }
-            }
-        }
-        DelegateChoice {
             roleValue: "sticker"
             delegate: MessageRow {
                 id: sticker
@@ -215,6 +202,20 @@ ListView {
                 onTapped: root.writingWanted()
 
                 PollBubble { row: poll }
+            }
+        }
+        // Whatever has nothing of its own is read.
+        DelegateChoice {
+            delegate: MessageRow {
+                id: text
+                screen: root.screen
+                onTapped: root.writingWanted()
+
+                MessageBubble {
+                    row: text
+                    onMoreRequested: root.showMore(text)
+                    onSelected: content => root.select(content)
+                }
             }
         }
     }

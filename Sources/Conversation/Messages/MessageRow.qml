@@ -23,6 +23,7 @@ FocusScope {
     required property string forwardedFrom
     required property string translation
     required property bool edited
+    required property bool pinned
     required property bool starred
     required property string delivery
     required property var reactions

@@ -2,7 +2,6 @@
 #include "Conversation/Messages/MessageRows.h"
 
 #include "Conversation/Messages/MessagePlacement.h"
-#include "Conversation/Screen/MessengerChatView.h"
 #include "Interface/DisplayTimes.h"
 
 #include <QTextBoundaryFinder>
@@ -17,12 +16,11 @@ namespace {
 
 // Nobody listens to more of one message in a list.
 constexpr qsizetype spokenLength = 2000;
-constexpr qsizetype quoteLength = 200;
 
 QString kindOf(const MessengerMessage &message) {
     if (message.poll)
         return u"poll"_s;
-    return message.type == MessageType::sticker ? u"sticker"_s : u"text"_s;
+    return rawText(message.type == MessageType::poll ? MessageType::text : message.type);
 }
 
 /// The nearest place at or before `length` that no visible character straddles; `length` in an endless one.
@@ -51,17 +49,19 @@ QStringList labels(const QList<MessageReaction> &reactions) {
 
 } // namespace
 
-MessageRows::MessageRows(MessengerChatView &screen)
-    : m_screen(screen) {
+MessageRows::MessageRows(Conversation &chat, const MessagePins &pins, const MessageTranslation &translation)
+    : m_chat(chat)
+    , m_pins(pins)
+    , m_translation(translation) {
     follow();
 }
 
 const QList<MessengerMessage> &MessageRows::records() const {
-    return m_screen.messages.records();
+    return m_chat.messages.records();
 }
 
 void MessageRows::follow() {
-    const RecordListModel *messages = &m_screen.messages;
+    const RecordListModel *messages = &m_chat.messages;
     connect(messages, &QAbstractItemModel::rowsAboutToBeInserted, this,
             [this](const QModelIndex &, int first, int last) {
                 const int row = rowCount() - first;
@@ -88,9 +88,10 @@ void MessageRows::follow() {
                     tellAnswersTo(records().at(record).id);
             });
     connect(messages, &RecordListModel::countChanged, this, &MessageRows::countChanged);
-    connect(&m_screen, &MessengerChatView::pinnedMessageIDsChanged, this,
-            [this] { tell(0, rowCount() - 1, {SpokenRole}); });
-    connect(&m_screen, &MessengerChatView::translatedTextChanged, this,
+    connect(&m_pins, &MessagePins::pinnedMessageIDsChanged, this, [this] {
+        tell(0, rowCount() - 1, {PinnedRole, SpokenRole});
+    });
+    connect(&m_translation, &MessageTranslation::translatedTextChanged, this,
             [this] { tell(0, rowCount() - 1, {TranslationRole}); });
 }
 
@@ -133,6 +134,7 @@ QHash<int, QByteArray> MessageRows::roleNames() const {
             {ForwardedRole, "forwardedFrom"},
             {TranslationRole, "translation"},
             {EditedRole, "edited"},
+            {PinnedRole, "pinned"},
             {StarredRole, "starred"},
             {DeliveryRole, "delivery"},
             {ReactionsRole, "reactions"},
@@ -149,7 +151,7 @@ QVariant MessageRows::data(const QModelIndex &index, int role) const {
     case KindRole:
         return kindOf(message);
     case OwnRole:
-        return message.senderID == m_screen.currentUserID;
+        return m_chat.isOwn(message);
     case SenderIDRole:
         return message.senderID;
     case SenderRole:
@@ -172,18 +174,20 @@ QVariant MessageRows::data(const QModelIndex &index, int role) const {
     }
     case QuoteSenderRole: {
         const MessengerMessage *question = answered(message);
-        return question ? m_screen.nameInChat(question->senderID) : QString();
+        return question ? m_chat.nameInChat(question->senderID) : QString();
     }
     case QuoteTextRole: {
         const MessengerMessage *question = answered(message);
-        return question ? text(*question).left(quoteLength).simplified() : QString();
+        return question ? m_chat.lineOf(question->content) : QString();
     }
     case ForwardedRole:
         return message.forwardedFrom ? message.forwardedFrom->originalSenderName : QString();
     case TranslationRole:
-        return m_screen.translatedText.value().value(message.id).toString();
+        return m_translation.translatedText.value().value(message.id).toString();
     case EditedRole:
         return message.editedAt.has_value();
+    case PinnedRole:
+        return m_pins.isPinned(message.id);
     case StarredRole:
         return message.isStarred;
     case DeliveryRole:
@@ -214,8 +218,12 @@ void MessageRows::readAgain() {
     tell(0, rowCount() - 1, {TextRole, CutRole, QuoteTextRole, SpokenRole});
 }
 
+void MessageRows::nameAgain() {
+    tell(0, rowCount() - 1, {SenderRole, QuoteSenderRole, SpokenRole});
+}
+
 QString MessageRows::text(const MessengerMessage &message) const {
-    return m_screen.plainText(message.content);
+    return m_chat.cipher.plainText(message.content);
 }
 
 qsizetype MessageRows::shownLength(const MessengerMessage &message, const QString &text) const {
@@ -224,26 +232,25 @@ qsizetype MessageRows::shownLength(const MessengerMessage &message, const QStrin
 }
 
 const MessengerMessage *MessageRows::answered(const MessengerMessage &message) const {
-    const int found = message.replyToID ? m_screen.messages.rowOf(*message.replyToID) : -1;
+    const int found = message.replyToID ? m_chat.messages.rowOf(*message.replyToID) : -1;
     return found < 0 ? nullptr : &records().at(found);
 }
 
 QString MessageRows::senderOf(const MessengerMessage &message) const {
-    const bool named = m_screen.chat.type == ChatType::group && message.senderID != m_screen.currentUserID;
-    return named ? m_screen.senderName(message.senderID) : QString();
+    const bool named = m_chat.chat.type == ChatType::group && !m_chat.isOwn(message);
+    return named ? m_chat.senderName(message.senderID) : QString();
 }
 
 QString MessageRows::spoken(const MessengerMessage &message) const {
-    QStringList words{m_screen.nameInChat(message.senderID), text(message).left(spokenLength),
+    QStringList words{m_chat.nameInChat(message.senderID), text(message).left(spokenLength),
                       DisplayTimes::clock(message.timestamp)};
     if (message.editedAt)
         words << u"edited"_s;
     if (message.isStarred)
         words << u"starred"_s;
-    if (m_screen.isPinned(message.id))
+    if (m_pins.isPinned(message.id))
         words << u"pinned"_s;
-    const bool own = message.senderID == m_screen.currentUserID;
-    words << (own ? rawText(message.deliveryStatus) : u"received"_s);
+    words << (m_chat.isOwn(message) ? rawText(message.deliveryStatus) : u"received"_s);
     return words.join(u", "_s);
 }
 

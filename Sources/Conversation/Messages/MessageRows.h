@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Model/MessengerMessage.h"
+#include "Conversation/Actions/MessagePins.h"
+#include "Conversation/Actions/MessageTranslation.h"
 
 #include <QAbstractListModel>
 #include <QHash>
 #include <QtQml/qqmlregistration.h>
 
 namespace orvane {
-
-class MessengerChatView;
 
 /// The messages of an open chat as their rows read, in roles of plain values, the newest first: that is where
 /// the view begins, so that rows of unknown height above it move nothing in sight. Main thread.
@@ -21,7 +20,7 @@ class MessageRows : public QAbstractListModel {
 
 public:
     enum Role {
-        /// What draws the message: "text", "sticker" or "poll".
+        /// The type of the message, which decides what draws it; "poll" only where there is a poll to draw.
         KindRole = Qt::UserRole,
         OwnRole,
         SenderIDRole,
@@ -44,6 +43,7 @@ public:
         ForwardedRole,
         TranslationRole,
         EditedRole,
+        PinnedRole,
         StarredRole,
         DeliveryRole,
         /// The emoji with their counts, and last what there was no room for.
@@ -58,8 +58,8 @@ public:
     /// Of different emoji under a message.
     static constexpr qsizetype mostReactions = 20;
 
-    /// The screen outlives its rows.
-    explicit MessageRows(MessengerChatView &screen);
+    /// They all outlive the rows.
+    MessageRows(Conversation &chat, const MessagePins &pins, const MessageTranslation &translation);
 
     int count() const { return rowCount(); }
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -70,6 +70,8 @@ public:
     Q_INVOKABLE orvane::MessengerMessage record(int row) const;
     /// What is sealed may be read now.
     void readAgain();
+    /// The contacts are others now.
+    void nameAgain();
     /// Lays out one more piece of a long text.
     Q_INVOKABLE void showMore(int row);
 
@@ -93,7 +95,9 @@ private:
     QString senderOf(const MessengerMessage &message) const;
     QString spoken(const MessengerMessage &message) const;
 
-    MessengerChatView &m_screen;
+    Conversation &m_chat;
+    const MessagePins &m_pins;
+    const MessageTranslation &m_translation;
     /// Pieces that are shown beyond the first, by message id.
     QHash<QString, int> m_furtherPieces;
 };

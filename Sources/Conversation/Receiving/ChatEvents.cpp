@@ -5,7 +5,6 @@
 #include "Base/Json.h"
 #include "Base/Task.h"
 #include "Base/Times.h"
-#include "Conversation/Screen/MessengerChatView.h"
 #include "RichContent/PollVotes.h"
 
 #include <algorithm>
@@ -32,6 +31,18 @@ bool isHarmlessId(const QString &id) {
 
 } // namespace
 
+void ChatEvents::followServer() {
+    connect(&m_chat.parts.socket, &MessengerWebSocket::events, this, &ChatEvents::handle);
+}
+
+void ChatEvents::followLocalNetwork() {
+    connect(&m_chat.parts.centre, &NotificationCentre::posted, this,
+            [this](const QString &name, const QJsonObject &userInfo) {
+                if (name == orvaneP2PMessage)
+                    handleDirect(userInfo);
+            });
+}
+
 void ChatEvents::handle(const WSEvent &event) {
     using Handler = void (ChatEvents::*)(const QJsonObject &);
     static const QHash<QString, Handler> handlers{
@@ -42,17 +53,17 @@ void ChatEvents::handle(const WSEvent &event) {
         {u"poll_vote"_s, &ChatEvents::pollVote},
         {u"typing"_s, &ChatEvents::typing},
     };
-    if (json::text(event.data, u"chat_id") != m_screen.chat.id)
+    if (json::text(event.data, u"chat_id") != m_chat.chatID())
         return;
     if (event.type == "messenger_message"_L1) {
         if (const auto raw = json::object(event.data, u"message"))
-            launch(receive(m_screen.shared_from_this(), *raw));
+            launch(receive(m_chat.shared_from_this(), *raw));
     } else if (const Handler handler = handlers.value(event.type)) {
         (this->*handler)(event.data);
     }
 }
 
-QCoro::Task<void> ChatEvents::receive(std::shared_ptr<MessengerChatView> screen, QJsonObject raw) {
+QCoro::Task<void> ChatEvents::receive(std::shared_ptr<Conversation> chat, QJsonObject raw) {
     const auto id = json::text(raw, u"id");
     const auto senderID = json::text(raw, u"sender_id");
     const auto content = json::text(raw, u"content");
@@ -60,19 +71,19 @@ QCoro::Task<void> ChatEvents::receive(std::shared_ptr<MessengerChatView> screen,
         co_return;
     MessengerMessage message;
     message.id = *id;
-    message.chatID = screen->chat.id;
+    message.chatID = chat->chatID();
     message.senderID = *senderID;
     message.type = MessengerMessage::typeOf(raw);
     message.timestamp = timeOf(raw);
-    const QString text = co_await screen->cipher().liveContent(raw, *content);
+    const QString text = co_await chat->cipher.liveContent(raw, *content);
     message.content = text;
     message.deliveryStatus = DeliveryStatus::sent;
-    screen->messages.append(message);
+    chat->messages.append(message);
 }
 
 void ChatEvents::handleDirect(const QJsonObject &userInfo) {
     const auto raw = json::object(userInfo, u"message");
-    if (json::text(userInfo, u"chat_id") != m_screen.chat.id || !raw)
+    if (json::text(userInfo, u"chat_id") != m_chat.chatID() || !raw)
         return;
     const auto senderID = json::text(*raw, u"sender_id");
     const auto content = json::text(*raw, u"content");
@@ -81,12 +92,12 @@ void ChatEvents::handleDirect(const QJsonObject &userInfo) {
     MessengerMessage message;
     const auto id = json::text(*raw, u"id");
     message.id = id && isHarmlessId(*id) ? *id : freshId();
-    message.chatID = m_screen.chat.id;
+    message.chatID = m_chat.chatID();
     message.senderID = *senderID;
     message.content = *content;
     message.timestamp = timeOf(*raw);
     message.deliveryStatus = DeliveryStatus::sent;
-    m_screen.messages.append(message);
+    m_chat.messages.append(message);
 }
 
 void ChatEvents::edited(const QJsonObject &event) {
@@ -97,7 +108,7 @@ void ChatEvents::edited(const QJsonObject &event) {
     const auto content = json::text(*raw, u"content");
     if (!id || !content)
         return;
-    m_screen.change(*id, [&](MessengerMessage &message) {
+    m_chat.messages.change(*id, [&](MessengerMessage &message) {
         message.content = *content;
         message.editedAt = QDateTime::currentDateTimeUtc();
     });
@@ -105,7 +116,7 @@ void ChatEvents::edited(const QJsonObject &event) {
 
 void ChatEvents::deleted(const QJsonObject &event) {
     if (const auto id = json::text(event, u"message_id"))
-        m_screen.removeAll(*id);
+        m_chat.messages.removeAll(*id);
 }
 
 void ChatEvents::reaction(const QJsonObject &event) {
@@ -113,7 +124,7 @@ void ChatEvents::reaction(const QJsonObject &event) {
     const auto reactions = json::list(event, u"reactions");
     if (!id || !reactions)
         return;
-    m_screen.change(*id, [&](MessengerMessage &message) {
+    m_chat.messages.change(*id, [&](MessengerMessage &message) {
         message.reactions = MessengerMessage::parseReactions(*reactions);
     });
 }
@@ -125,7 +136,7 @@ void ChatEvents::readReceipt(const QJsonObject &event) {
     else if (const auto id = json::text(event, u"message_id"))
         ids = {*id};
     for (const QString &id : ids)
-        m_screen.change(id, [](MessengerMessage &message) {
+        m_chat.messages.change(id, [](MessengerMessage &message) {
             message.isRead = true;
             message.deliveryStatus = DeliveryStatus::read;
         });
@@ -137,7 +148,7 @@ void ChatEvents::pollVote(const QJsonObject &event) {
     const auto results = json::object(event, u"results");
     if (!pollID || !voterID || !results || !json::text(event, u"option_id"))
         return;
-    m_screen.changeAt(m_screen.rowOfPoll(*pollID), [&](MessengerMessage &message) {
+    m_chat.messages.changeAt(m_chat.messages.rowOfPoll(*pollID), [&](MessengerMessage &message) {
         message.poll = PollVotes::told(*message.poll, *voterID, *results);
     });
 }
@@ -147,12 +158,12 @@ void ChatEvents::typing(const QJsonObject &event) {
     const auto isTyping = json::boolean(event, u"is_typing");
     if (!userID || !isTyping)
         return;
-    QSet<QString> typing = m_screen.typingUserIDs;
+    QSet<QString> typing = typingUserIDs;
     if (*isTyping)
         typing.insert(*userID);
     else
         typing.remove(*userID);
-    m_screen.typingUserIDs = typing;
+    typingUserIDs = typing;
 }
 
 } // namespace orvane

@@ -17,7 +17,7 @@ Item {
     Avatar {
         id: avatar
         anchors { left: parent.left; leftMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
-        hueId: root.screen.hueIdOf(root.screen.chat)
+        hueId: root.screen.hueId
         name: root.screen.title
         symbol: root.screen.chat.type === "group" ? "person.3.fill"
               : root.screen.chat.type === "channel" ? "megaphone.fill" : ""
@@ -62,7 +62,7 @@ Item {
                 id: periods
                 active: false
                 sourceComponent: SummaryMenu {
-                    screen: root.screen
+                    assistant: root.screen.assistant
                 }
             }
         }

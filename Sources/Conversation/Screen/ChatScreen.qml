@@ -27,15 +27,16 @@ FocusScope {
 
         PinnedPanel {
             width: parent.width
-            screen: root.screen
+            pins: root.screen.pins
         }
         ContextBanner {
             width: parent.width
-            screen: root.screen
+            assistant: root.screen.assistant
+            onPicked: question => root.screen.inputText = question
         }
         SummaryBanner {
             width: parent.width
-            screen: root.screen
+            assistant: root.screen.assistant
         }
     }
     MessageList {
@@ -56,16 +57,16 @@ FocusScope {
         }
         SmartReplyBar {
             width: parent.width
-            screen: root.screen
+            assistant: root.screen.assistant
+            onPicked: reply => root.screen.inputText = reply
         }
         AIAgentResultView {
             width: parent.width
-            screen: root.screen
+            assistant: root.screen.assistant
         }
         AIPanel {
-            id: assistant
             width: parent.width
-            screen: root.screen
+            assistant: root.screen.assistant
         }
         Loader {
             width: parent.width

@@ -24,22 +24,22 @@ Item {
     SheetLoader {
         shown: root.screen.showEditAlert
         sourceComponent: EditSheet {
-            screen: root.screen
+            editing: root.screen.editing
             onClosed: root.screen.showEditAlert = false
         }
     }
     SheetLoader {
         shown: root.screen.showForwardPicker
         sourceComponent: ForwardPickerSheet {
-            screen: root.screen
+            forwarding: root.screen.forwarding
             onClosed: root.screen.showForwardPicker = false
         }
     }
     SheetLoader {
         shown: root.screen.deletingMessage !== undefined
         sourceComponent: DeleteSheet {
-            onConfirmed: root.screen.performDelete()
-            onClosed: root.screen.keepMessage()
+            onConfirmed: root.screen.editing.performDelete()
+            onClosed: root.screen.editing.keep()
         }
     }
     Loader {

@@ -2,13 +2,10 @@
 #include "Conversation/Sending/MessageSender.h"
 
 #include "Base/FreshId.h"
-#include "Base/LogLine.h"
 #include "Base/Task.h"
 #include "Base/Times.h"
-#include "Conversation/Screen/MessengerChatView.h"
 #include "Model/DerivedJson.h"
 #include "Server/PostMessage.h"
-#include "Session/UserIdText.h"
 
 #include <QJsonDocument>
 
@@ -18,11 +15,11 @@ namespace orvane {
 
 namespace {
 
-MessengerMessage ownMessage(const MessengerChatView &screen, MessageType type, const QString &content) {
+MessengerMessage ownMessage(const Conversation &chat, MessageType type, const QString &content) {
     MessengerMessage message;
     message.id = freshId();
-    message.chatID = screen.chat.id;
-    message.senderID = screen.currentUserID;
+    message.chatID = chat.chatID();
+    message.senderID = chat.currentUserID;
     message.type = type;
     message.content = content;
     message.timestamp = QDateTime::currentDateTimeUtc();
@@ -30,76 +27,88 @@ MessengerMessage ownMessage(const MessengerChatView &screen, MessageType type, c
     return message;
 }
 
-QJsonObject bodyOf(const MessengerMessage &message, const QString &content) {
-    return {{u"user_id"_s, parseUserId(message.senderID).value_or(0)},
-            {u"content"_s, content},
-            {u"type"_s, rawText(message.type)}};
+QJsonObject bodyOf(const Conversation &chat, const MessengerMessage &message, const QString &content) {
+    return {{u"user_id"_s, chat.userNumber()}, {u"content"_s, content}, {u"type"_s, rawText(message.type)}};
 }
 
 } // namespace
 
 void MessageSender::sendText(const QString &text) {
-    launch(MessageSender::text(m_screen.shared_from_this(), text));
+    launch(MessageSender::text(m_chat.hold(this), text));
 }
 
 void MessageSender::sendSticker(const QString &code) {
     const MessengerMessage message = appended(MessageType::sticker, code);
-    launch(content(m_screen.shared_from_this(), message,
-                   m_screen.cipher().sealedPairwise(m_screen.chat.id, code)));
+    launch(content(m_chat.shared_from_this(), message, m_chat.cipher.sealedPairwise(m_chat.chatID(), code)));
 }
 
 void MessageSender::sendPoll(const MessengerPoll &poll) {
     const MessengerMessage message = appended(MessageType::poll, poll.question, poll);
     const QByteArray json = QJsonDocument(derived::toJson(poll)).toJson(QJsonDocument::Compact);
-    launch(content(m_screen.shared_from_this(), message, QString::fromUtf8(json)));
+    launch(content(m_chat.shared_from_this(), message, QString::fromUtf8(json)));
+}
+
+void MessageSender::votePoll(const MessengerPoll &poll) {
+    const int row = m_chat.messages.rowOfPoll(poll.id);
+    if (row < 0)
+        return;
+    m_chat.messages.changeAt(row, [&](MessengerMessage &message) { message.poll = poll; });
+    for (const PollOption &option : poll.options) {
+        if (option.voters.contains(m_chat.currentUserID))
+            m_chat.parts.socket.send({{u"type"_s, u"poll_vote"_s},
+                                      {u"user_id"_s, m_chat.currentUserID},
+                                      {u"poll_id"_s, poll.id},
+                                      {u"option_id"_s, option.id},
+                                      {u"chat_id"_s, m_chat.chatID()}});
+    }
 }
 
 MessengerMessage MessageSender::appended(MessageType type, const QString &content,
                                          const std::optional<MessengerPoll> &poll) {
-    MessengerMessage message = ownMessage(m_screen, type, content);
+    MessengerMessage message = ownMessage(m_chat, type, content);
     message.poll = poll;
-    m_screen.messages.append(message);
+    m_chat.messages.append(message);
     return message;
 }
 
-QCoro::Task<void> MessageSender::text(Screen screen, QString text) {
-    const OutboundContent content = co_await screen->cipher().prepareOutboundContent(text);
-    MessengerMessage message = ownMessage(*screen, MessageType::text, content.displayContent);
-    if (const auto &replied = screen->replyToMessage.value())
+QCoro::Task<void> MessageSender::text(std::shared_ptr<MessageSender> self, QString text) {
+    Conversation &chat = self->m_chat;
+    const OutboundContent content = co_await chat.cipher.prepareOutboundContent(text);
+    MessengerMessage message = ownMessage(chat, MessageType::text, content.displayContent);
+    if (const auto &replied = self->replyToMessage.value())
         message.replyToID = replied->id;
-    screen->replyToMessage = std::nullopt;
-    screen->messages.append(message);
+    self->replyToMessage = std::nullopt;
+    chat.messages.append(message);
 
-    QJsonObject body = bodyOf(message, content.serverContent);
+    QJsonObject body = bodyOf(chat, message, content.serverContent);
     if (message.replyToID)
         body.insert(u"reply_to"_s, *message.replyToID);
     if (content.zkPayload)
         body.insert(u"zk_payload"_s, *content.zkPayload);
-    const bool isPosted = co_await dropped(
-        postMessage(screen->parts().api, screen->chat.id, body, message.id), "the message's status tells");
+    const bool isPosted = co_await dropped(postMessage(chat.parts.api, chat.chatID(), body, message.id),
+                                           "the message's status tells");
     if (!isPosted) {
-        postFailed(*screen, message, content);
+        self->postFailed(message, content);
         co_return;
     }
-    screen->setDeliveryStatus(message.id, DeliveryStatus::sent);
-    if (screen->chat.type == ChatType::direct)
-        sendDirectly(*screen, message);
+    chat.messages.setDeliveryStatus(message.id, DeliveryStatus::sent);
+    if (chat.chat.type == ChatType::direct)
+        self->sendDirectly(message);
 }
 
-QCoro::Task<void> MessageSender::content(Screen screen, MessengerMessage message, QString content) {
-    const QJsonObject body = bodyOf(message, content);
-    const bool isPosted = co_await dropped(postMessage(screen->parts().api, screen->chat.id, body, freshId()),
+QCoro::Task<void> MessageSender::content(Chat chat, MessengerMessage message, QString content) {
+    const QJsonObject body = bodyOf(*chat, message, content);
+    const bool isPosted = co_await dropped(postMessage(chat->parts.api, chat->chatID(), body, freshId()),
                                            "the message's status tells");
-    screen->setDeliveryStatus(message.id, isPosted ? DeliveryStatus::sent : DeliveryStatus::failed);
+    chat->messages.setDeliveryStatus(message.id, isPosted ? DeliveryStatus::sent : DeliveryStatus::failed);
 }
 
-void MessageSender::postFailed(MessengerChatView &screen, const MessengerMessage &message,
-                               const OutboundContent &content) {
-    if (sendDirectly(screen, message)) {
-        screen.setDeliveryStatus(message.id, DeliveryStatus::sent);
+void MessageSender::postFailed(const MessengerMessage &message, const OutboundContent &content) {
+    if (sendDirectly(message)) {
+        m_chat.messages.setDeliveryStatus(message.id, DeliveryStatus::sent);
         return;
     }
-    screen.setDeliveryStatus(message.id, DeliveryStatus::failed);
+    m_chat.messages.setDeliveryStatus(message.id, DeliveryStatus::failed);
     QueuedMessage queued;
     queued.id = message.id;
     queued.chatID = message.chatID;
@@ -107,11 +116,11 @@ void MessageSender::postFailed(MessengerChatView &screen, const MessengerMessage
     queued.type = rawText(message.type);
     queued.userID = message.senderID;
     queued.timestamp = QDateTime::currentDateTimeUtc();
-    screen.parts().queue().enqueue(queued);
+    m_chat.parts.queue().enqueue(queued);
 }
 
-bool MessageSender::sendDirectly(MessengerChatView &screen, const MessengerMessage &message) {
-    const QString peer = screen.peerId();
+bool MessageSender::sendDirectly(const MessengerMessage &message) {
+    const QString peer = m_chat.peerId();
     if (peer.isEmpty())
         return false;
     // The direct channel carries the plain text.
@@ -123,7 +132,7 @@ bool MessageSender::sendDirectly(MessengerChatView &screen, const MessengerMessa
         {u"type"_s, u"text"_s},
         {u"p2p"_s, true},
     };
-    return screen.parts().directChannel().send(peer, screen.chat.id, record);
+    return m_chat.parts.directChannel().send(peer, m_chat.chatID(), record);
 }
 
 } // namespace orvane

@@ -32,15 +32,13 @@ Rectangle {
 
         PlainText {
             width: parent.width
-            text: !root.replied ? ""
-                : root.replied.senderID === root.screen.currentUserID ? "You"
-                : root.screen.senderName(root.replied.senderID)
+            text: root.replied ? root.screen.nameInChat(root.replied.senderID) : ""
             font: Theme.strongSecondaryFont
             color: Theme.accent
         }
         PlainText {
             width: parent.width
-            text: root.replied ? root.screen.plainText(root.replied.content).slice(0, 200).replace(/\s+/g, " ") : ""
+            text: root.replied ? root.screen.lineOf(root.replied.content) : ""
             font: Theme.secondaryFont
             color: Theme.dimmed
             maximumLineCount: 1

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/Receiving/ChatNotificationBridge.h"
+#include "Conversation/Chat/ChatNotificationBridge.h"
 
 #include "Platform/DesktopNotifications.h"
 

@@ -3,7 +3,7 @@
 
 #include "AI/MessengerAIService.h"
 #include "Base/NotificationCentre.h"
-#include "Conversation/Receiving/ChatNotificationBridge.h"
+#include "Conversation/Chat/ChatNotificationBridge.h"
 #include "Encryption/EndToEnd.h"
 #include "LocalNetwork/MessengerP2PDataChannel.h"
 #include "OfflineQueue/MessengerOfflineQueue.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Conversation/Messages/MessageCipher.h"
+#include "Conversation/Chat/MessageCipher.h"
 
 #include "Base/Task.h"
 
