@@ -34,8 +34,10 @@
 #include "HomeServer/People/KeyOperations.h"
 #include "HomeServer/Robots/RobotAccounts.h"
 #include "HomeServer/Robots/RobotRunner.h"
+#include "HomeServer/Security/Brakes.h"
 #include "HomeServer/Security/LoginThrottle.h"
 #include "HomeServer/Store/Database.h"
+#include "HomeServer/Store/FolderLock.h"
 
 #include <QDir>
 #include <QNetworkAccessManager>
@@ -87,7 +89,8 @@ QUrl urlOf(const QString &scheme, const QHostAddress &address, quint16 port) {
 // Everything that exists only between start() and stop(), in the order in which it needs each other.
 struct HomeServer::Running {
     Running(const Options &options, FaultScript &faults)
-        : database(QDir(options.dataFolder).filePath(u"homeserver.sqlite"_s))
+        : lock(options.dataFolder)
+        , database(QDir(options.dataFolder).filePath(u"homeserver.sqlite"_s))
         , events([this](const QByteArray &token) { return callerOf(services, token); }, options)
         , robots(services)
         , files(QDir(options.dataFolder).filePath(u"files"_s), options.maxStoredBytes)
@@ -102,11 +105,14 @@ struct HomeServer::Running {
                    model,
                    [this] { return httpUrl().toString(); },
                    workers,
-                   router.features()}
+                   router.features(),
+                   brakes}
         , dispatcher(router, services)
-        , http([this](const Request &request,
-                      const HttpFront::Finish &finish) { dispatcher.handle(request, finish); },
-               faults) {
+        , http([this](const Request &request) { return dispatcher.admit(request); },
+               [this](const Request &request, const HttpFront::Finish &finish) {
+                   dispatcher.handle(request, finish);
+               },
+               faults, HttpFront::Limits{options.connections, options.patience}) {
         workers.setMaxThreadCount(2);
         Work work(services);
         work.run([&] {
@@ -134,9 +140,11 @@ struct HomeServer::Running {
 
     QUrl httpUrl() const { return urlOf(u"http"_s, services.options.address, http.port()); }
 
+    FolderLock lock;
     QThreadPool workers;
     Database database;
     LoginThrottle throttle;
+    Brakes brakes;
     EventHub events;
     RobotRunner robots;
     FileStore files;
@@ -169,8 +177,6 @@ bool HomeServer::start() {
 }
 
 void HomeServer::open() {
-    if (!QDir().mkpath(m_options.dataFolder))
-        throw std::runtime_error("the data folder " + m_options.dataFolder.toStdString() + " can't be made");
     m_running = std::make_unique<Running>(m_options, m_faults);
     if (!m_running->http.listen(m_options.address, m_options.httpPort))
         throw std::runtime_error("the port for requests: " + m_running->http.errorText().toStdString());

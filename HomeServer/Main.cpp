@@ -7,7 +7,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace orvane::homeserver;
@@ -30,6 +32,15 @@ void quitOnSignals(QCoreApplication &application) {
     QObject::connect(notifier, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     std::signal(SIGTERM, onSignal);
     std::signal(SIGINT, onSignal);
+}
+
+// Each connection is a descriptor, and the usual limit is that of an interactive shell.
+void takeAllDescriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 int fail(const QString &reason) {
@@ -68,6 +79,8 @@ int main(int argc, char **argv) {
         return fail(u"--data FOLDER is needed"_s);
     options.aiUrl = qEnvironmentVariable("ORVANE_AI_URL");
 
+    umask(S_IRWXG | S_IRWXO);
+    takeAllDescriptors();
     quitOnSignals(application);
     HomeServer server(options);
     if (!server.start())

@@ -48,7 +48,9 @@ void rememberDevice(Work &work, qint64 userId, const Device &device) {
 
 QByteArray issueToken(Work &work, qint64 userId, const QString &deviceId) {
     QByteArray token = newToken();
-    execute(work.database(), u"DELETE FROM tokens WHERE user_id = ? AND device_id = ?"_s, {userId, deviceId});
+    if (execute(work.database(), u"DELETE FROM tokens WHERE user_id = ? AND device_id = ?"_s,
+                {userId, deviceId}) > 0)
+        work.afterwards([&hub = work.services.events, userId, deviceId] { hub.close(userId, deviceId); });
     execute(work.database(),
             u"INSERT INTO tokens(hash, user_id, device_id, created_at) VALUES (?, ?, ?, ?)"_s,
             {tokenHash(token), userId, deviceId, work.services.now()});

@@ -25,7 +25,8 @@ Device deviceOf(const QJsonObject &body);
 // Makes the device known, or refreshes it. Beyond maxDevices the one unseen for longest is revoked.
 void rememberDevice(Work &work, qint64 userId, const Device &device);
 
-// A fresh token for a known device; earlier tokens of the device die.
+// A fresh token for a known device; earlier tokens of the device die, and their event
+// sockets close.
 QByteArray issueToken(Work &work, qint64 userId, const QString &deviceId);
 
 // Ends a device: its tokens die and its event sockets close. False if there is none.

@@ -266,7 +266,7 @@ void addAi(Router &router) {
     router.add("POST", "/api/chat/memory", askMemory);
     router.add("POST", "/api/chat/threads/discover", discoverThread);
     router.addSlow("POST", "messages/{message}/translate", asking(translate));
-    router.add("POST", "voice/transcribe", transcribe);
+    router.addUpload("POST", "voice/transcribe", transcribe);
 }
 
 } // namespace orvane::homeserver

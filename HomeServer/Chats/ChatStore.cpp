@@ -4,6 +4,7 @@
 #include "HomeServer/Accounts/Users.h"
 #include "HomeServer/Chats/Events.h"
 #include "HomeServer/Robots/RobotAccounts.h"
+#include "HomeServer/Security/Brakes.h"
 #include "HomeServer/Security/Tokens.h"
 #include "HomeServer/Store/Query.h"
 
@@ -39,9 +40,22 @@ QJsonValue textOrNull(const Query &row, int column) {
     return row.isNull(column) ? QJsonValue() : QJsonValue(row.text(column));
 }
 
+// Nobody is put into groups by strangers without end.
+void brakeAdditions(Work &work, qint64 owner, const QList<qint64> &others) {
+    for (const qint64 other : others) {
+        const bool contact =
+            exists(work.database(), u"SELECT 1 FROM contacts WHERE user_id = ? AND contact_id = ?"_s,
+                   {owner, other});
+        if (!contact && !work.services.brakes.additions.allows(QString::number(owner), work.services.now()))
+            throw Refusal(429, "too_many_additions");
+    }
+}
+
 } // namespace
 
 QString createChat(Work &work, const NewChat &chat, qint64 owner, const QList<qint64> &others) {
+    if (chat.type != "direct"_L1)
+        brakeAdditions(work, owner, others);
     const QString id = newId();
     execute(work.database(),
             u"INSERT INTO chats(id, type, title, ai_enabled, federated, zk_mode, room_id, created_at) "
@@ -81,6 +95,9 @@ QList<qint64> otherPeople(Database &database, const QList<qint64> &ids, qint64 o
             continue;
         if (!userExists(database, id))
             refuseNotFound();
+        if (exists(database, u"SELECT 1 FROM bots WHERE user_id = ? AND is_public = 0 AND owner_id <> ?"_s,
+                   {id, owner}))
+            refuseForbidden();
         others.append(id);
     }
     return others;

@@ -30,7 +30,8 @@ QString directChat(Work &work, qint64 one, qint64 other);
 QString savedChat(Work &work, qint64 userId);
 
 // The people in a list of ids that a new chat is to have besides its owner; refuses with 404 when there is
-// no such person. An id of 0 is how clients write one they could not read.
+// no such person, and with 403 for somebody else's private bot. An id of 0 is how clients write one they
+// could not read.
 QList<qint64> otherPeople(Database &database, const QList<qint64> &ids, qint64 owner);
 
 // Does nothing for somebody who is in the chat already. The newcomer starts with everything read.

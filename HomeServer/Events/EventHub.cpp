@@ -6,14 +6,26 @@
 #include <QJsonDocument>
 #include <QWebSocket>
 
+#include <algorithm>
+
 namespace orvane::homeserver {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+// More than the longest frame, so that a whole one can wait.
+constexpr qint64 readBuffer = 512LL * 1024;
+
+} // namespace
+
 EventHub::EventHub(EventSocket::Authenticate authenticate, const Options &options)
-    : m_server(u"home"_s, QWebSocketServer::NonSecureMode)
+    : m_gate(options.connections)
+    , m_server(u"home"_s, QWebSocketServer::NonSecureMode)
     , m_authenticate(std::move(authenticate))
     , m_limits{options.authTimeout, options.maxUnsentBytes} {
+    m_server.setMaxPendingConnections(options.connections.inAll);
+    connect(&m_gate, &Gate::arrived, this, &EventHub::greet);
     connect(&m_server, &QWebSocketServer::newConnection, this, &EventHub::accept);
 }
 
@@ -22,11 +34,15 @@ EventHub::~EventHub() {
 }
 
 bool EventHub::listen(const QHostAddress &address, quint16 port) {
-    return m_server.listen(address, port);
+    return m_gate.listen(address, port);
 }
 
 void EventHub::stop() {
+    m_gate.close();
     m_server.close();
+    for (QTcpSocket *stranger : std::exchange(m_strangers, {}))
+        stranger->deleteLater();
+    m_connections.clear();
     qDeleteAll(std::exchange(m_unknown, {}));
     qDeleteAll(std::exchange(m_sockets, {}));
 }
@@ -56,12 +72,35 @@ void EventHub::setFrozen(qint64 userId, bool frozen) {
         socket->setFrozen(frozen);
 }
 
+// Whoever doesn't ask to be let in is given as long as for the first frame.
+void EventHub::greet(QTcpSocket *connection) {
+    connection->setReadBufferSize(readBuffer);
+    m_strangers.append(connection);
+    connect(connection, &QAbstractSocket::disconnected, this, [this, connection] {
+        if (m_strangers.removeOne(connection))
+            connection->deleteLater();
+    });
+    QTimer::singleShot(m_limits.authTimeout, connection, [this, connection] {
+        if (m_strangers.contains(connection))
+            connection->abort();
+    });
+    m_server.handleConnection(connection);
+}
+
 void EventHub::accept() {
     while (m_server.hasPendingConnections()) {
         std::unique_ptr<QWebSocket> connection(m_server.nextPendingConnection());
         connection->setParent(nullptr);
+        const auto stranger = std::ranges::find_if(m_strangers, [&](const QTcpSocket *other) {
+            return other->peerPort() == connection->peerPort() &&
+                   other->peerAddress() == connection->peerAddress();
+        });
         auto *socket = new EventSocket(std::move(connection), m_authenticate, m_limits);
         m_unknown.append(socket);
+        if (stranger != m_strangers.end()) {
+            m_connections.insert(socket, *stranger);
+            m_strangers.erase(stranger);
+        }
         connect(socket, &EventSocket::authenticated, this, [this, socket] { authenticated(socket); });
         connect(socket, &EventSocket::closed, this, [this, socket] { remove(socket); });
         connect(socket, &EventSocket::frameReceived, this,
@@ -71,6 +110,7 @@ void EventHub::accept() {
 
 void EventHub::authenticated(EventSocket *socket) {
     m_unknown.removeOne(socket);
+    m_gate.trust(m_connections.value(socket));
     const qint64 user = socket->caller().userId;
     const bool first = !isOnline(user);
     m_sockets.insert(user, socket);
@@ -80,6 +120,7 @@ void EventHub::authenticated(EventSocket *socket) {
 
 void EventHub::remove(EventSocket *socket) {
     socket->deleteLater();
+    m_connections.remove(socket);
     if (m_unknown.removeOne(socket))
         return;
     const qint64 user = socket->caller().userId;

@@ -3,7 +3,10 @@
 
 #include "HomeServer/Events/EventSocket.h"
 
+#include "HomeServer/Http/Gate.h"
+
 #include <QHash>
+#include <QPointer>
 #include <QWebSocketServer>
 
 namespace orvane::homeserver {
@@ -19,8 +22,8 @@ public:
     ~EventHub() override;
 
     bool listen(const QHostAddress &address, quint16 port);
-    quint16 port() const { return m_server.serverPort(); }
-    QString errorText() const { return m_server.errorString(); }
+    quint16 port() const { return m_gate.serverPort(); }
+    QString errorText() const { return m_gate.errorString(); }
     void stop();
 
     // One text frame to every socket of the user, but none to the device named.
@@ -40,11 +43,15 @@ Q_SIGNALS:
     void frameReceived(const orvane::homeserver::Caller &caller, const QJsonObject &frame);
 
 private:
+    void greet(QTcpSocket *connection);
     void accept();
     void authenticated(EventSocket *socket);
     void remove(EventSocket *socket);
 
-    QWebSocketServer m_server;
+    Gate m_gate;
+    QWebSocketServer m_server;       // only shakes hands
+    QList<QTcpSocket *> m_strangers; // before they have shaken hands
+    QHash<EventSocket *, QPointer<QTcpSocket>> m_connections;
     EventSocket::Authenticate m_authenticate;
     EventSocket::Limits m_limits;
     QList<EventSocket *> m_unknown; // before their first frame

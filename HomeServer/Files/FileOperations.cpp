@@ -113,9 +113,9 @@ Answer voice(Call &call) {
 } // namespace
 
 void addFiles(Router &router) {
-    router.add("POST", "files/upload", upload, Access::Open);
+    router.addUpload("POST", "files/upload", upload, Access::Open);
     router.add("GET", "files/{file}", download, Access::Open);
-    router.add("POST", "chats/{chat}/voice-messages", newVoiceMessage);
+    router.addUpload("POST", "chats/{chat}/voice-messages", newVoiceMessage);
     router.add("GET", "voice/{chat}/{file}", voice);
 }
 

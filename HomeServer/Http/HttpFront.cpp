@@ -2,136 +2,96 @@
 #include "HomeServer/Http/HttpFront.h"
 
 #include "HomeServer/FaultScript.h"
-#include "HomeServer/Http/WatchedServer.h"
-
-#include <QHttpServerRequest>
-#include <QMetaEnum>
-#include <QTimer>
 
 namespace orvane::homeserver {
 
 namespace {
 
-QByteArray bearerToken(const QByteArray &authorization) {
-    static const QByteArray scheme = "bearer ";
-    return authorization.left(scheme.size()).toLower() == scheme ? authorization.mid(scheme.size()).trimmed()
-                                                                 : QByteArray();
+QHostAddress withoutMapping(const QHostAddress &address) {
+    bool mapped = false;
+    const quint32 four = address.toIPv4Address(&mapped);
+    return mapped ? QHostAddress(four) : address;
 }
 
-Request readRequest(const QHttpServerRequest &source) {
-    Request request;
-    request.method = QByteArray(QMetaEnum::fromType<QHttpServerRequest::Method>().valueToKey(
-                                    static_cast<int>(source.method())))
-                         .toUpper();
-    const QByteArray path = source.url().path(QUrl::FullyEncoded).toUtf8();
-    for (const QByteArray &segment : path.mid(1).split('/'))
-        request.segments.append(QString::fromUtf8(QByteArray::fromPercentEncoding(segment)));
-    request.query = source.query();
-    request.token = bearerToken(source.value("authorization"));
-    request.idempotencyKey = source.value("idempotency-key");
-    request.contentType = source.value("content-type");
-    request.body = source.body();
-    request.address = source.remoteAddress();
-    return request;
+// Who sent it: the peer, or whom a proxy of ours says it speaks for.
+QHostAddress senderOf(const RequestHead &head, const QHostAddress &peer, const QList<QHostAddress> &proxies) {
+    if (!proxies.contains(peer))
+        return peer;
+    const QHostAddress forwarded(QString::fromLatin1(head.forwardedFor));
+    return forwarded.isNull() ? peer : withoutMapping(forwarded);
 }
 
 } // namespace
 
-// One request's way back. The responder is of no use once its socket is gone.
-struct HttpFront::Exchange {
-    QHttpServerResponder responder;
-    QPointer<WatchedSocket> socket;
-
-    void answer(const Answer &answer) {
-        if (!socket || socket->state() != QAbstractSocket::ConnectedState)
-            return;
-        socket->answered();
-        responder.write(answer.body, answer.mimeType,
-                        static_cast<QHttpServerResponder::StatusCode>(answer.status));
-    }
-
-    // Later, because the HTTP layer still works on the socket when it hands out a request.
-    void hangUp() const {
-        if (socket)
-            QMetaObject::invokeMethod(socket.data(), &QAbstractSocket::abort, Qt::QueuedConnection);
-    }
-};
-
-HttpFront::HttpFront(Handler handler, FaultScript &faults)
-    : m_handler(std::move(handler))
+HttpFront::HttpFront(Doorkeeper doorkeeper, Handler handler, FaultScript &faults, const Limits &limits)
+    : m_doorkeeper(std::move(doorkeeper))
+    , m_handler(std::move(handler))
     , m_faults(faults)
-    , m_listener(new WatchedServer(this)) {}
-
-bool HttpFront::listen(const QHostAddress &address, quint16 port) {
-    if (!m_listener->listen(address, port))
-        return false;
-    bind(m_listener);
-    return true;
-}
-
-quint16 HttpFront::port() const {
-    return m_listener->serverPort();
-}
-
-QString HttpFront::errorText() const {
-    return m_listener->errorString();
+    , m_limits(limits)
+    , m_budget(limits.unfinishedBytes, limits.unfinishedPerAddress)
+    , m_gate(limits.connections) {
+    connect(&m_gate, &Gate::arrived, this, &HttpFront::accept);
 }
 
 void HttpFront::close() {
-    m_listener->close();
-    m_listener->closeAll();
+    m_gate.close();
+    m_gate.closeAll();
+    // They give back what they took of the budget, so they can't outlive it.
+    qDeleteAll(findChildren<Connection *>(Qt::FindDirectChildrenOnly));
 }
 
-#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
-bool HttpFront::handleRequest(const QHttpServerRequest &request, QHttpServerResponder &responder) {
-    serve(request, std::move(responder),
-          m_listener->socketFrom(request.remoteAddress(), request.remotePort()));
-    return true;
+void HttpFront::accept(QTcpSocket *socket) {
+    const auto admit = [this, socket](RequestHead &head) {
+        head.request.address =
+            senderOf(head, withoutMapping(socket->peerAddress()), m_limits.connections.proxies);
+        const Admission admission = m_doorkeeper(head.request);
+        if (admission.member)
+            m_gate.trust(socket);
+        return admission.longestBody;
+    };
+    auto *connection = new Connection(socket, admit, m_budget, m_limits.patience, this);
+    connect(connection, &Connection::requested, this,
+            [this, connection](const Request &request) { serve(request, connection); });
 }
 
-void HttpFront::missingHandler(const QHttpServerRequest &, QHttpServerResponder &) {}
-#else
-bool HttpFront::handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) {
-    serve(request, makeResponder(request, socket), qobject_cast<WatchedSocket *>(socket));
-    return true;
-}
-
-void HttpFront::missingHandler(const QHttpServerRequest &, QTcpSocket *) {}
-#endif
-
-void HttpFront::serve(const QHttpServerRequest &source, QHttpServerResponder &&responder,
-                      WatchedSocket *socket) {
-    const Request request = readRequest(source);
-    const auto exchange = std::make_shared<Exchange>(Exchange{std::move(responder), socket});
+void HttpFront::serve(const Request &request, Connection *connection) {
     const auto fault = m_faults.take(request.method, u'/' + request.segments.join(u'/'));
     if (!fault) {
-        act(request, exchange);
+        act(request, connection);
         return;
     }
     switch (fault->kind) {
     case FaultScript::Kind::Delay:
-        QTimer::singleShot(fault->milliseconds, this, [this, request, exchange] { act(request, exchange); });
+        QTimer::singleShot(fault->milliseconds, this,
+                           [this, request, there = QPointer(connection)] { act(request, there); });
         break;
     case FaultScript::Kind::Drop:
-        exchange->hangUp();
+        connection->hangUp();
         break;
     case FaultScript::Kind::Duplicate:
-        m_handler(request, [this, request, exchange](const Answer &) { act(request, exchange); });
+        m_handler(request,
+                  [this, request, there = QPointer(connection)](const Answer &) { act(request, there); });
         break;
     case FaultScript::Kind::AnswerWith: {
         Answer answer(fault->body, "application/json");
         answer.status = fault->status;
-        exchange->answer(answer);
+        connection->answer(answer);
         break;
     }
     case FaultScript::Kind::LoseAnswer:
-        m_handler(request, [exchange](const Answer &) { exchange->hangUp(); });
+        m_handler(request, [there = QPointer(connection)](const Answer &) {
+            if (there)
+                there->hangUp();
+        });
         break;
     }
 }
 
-void HttpFront::act(const Request &request, const std::shared_ptr<Exchange> &exchange) {
-    m_handler(request, [exchange](const Answer &answer) { exchange->answer(answer); });
+void HttpFront::act(const Request &request, const QPointer<Connection> &connection) {
+    m_handler(request, [there = connection](const Answer &answer) {
+        if (there)
+            there->answer(answer);
+    });
 }
 
 } // namespace orvane::homeserver

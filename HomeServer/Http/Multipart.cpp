@@ -11,16 +11,36 @@ namespace {
 
 constexpr qsizetype mostParts = 20;
 
-// The value of `name` in a header like `form-data; name="a"; filename="b"`; absent gives a null array.
+// Reads a quoted text from its opening mark on; `at` is moved behind the closing one. A backslash escapes a
+// quotation mark or itself; before anything else it is one, as old clients write paths.
+QByteArray quoted(const QByteArray &header, qsizetype &at) {
+    QByteArray value("");
+    for (++at; at < header.size() && header[at] != '"'; ++at) {
+        if (header[at] == '\\' && at + 1 < header.size() && (header[at + 1] == '"' || header[at + 1] == '\\'))
+            ++at;
+        value += header[at];
+    }
+    ++at;
+    return value;
+}
+
+// The value of `name` in a header like `form-data; name="a"; filename="b;c"`; absent gives a null array.
 QByteArray parameter(const QByteArray &header, const QByteArray &name) {
-    for (const QByteArray &piece : header.split(';')) {
-        const QByteArray item = piece.trimmed();
-        if (!item.toLower().startsWith(name + '='))
-            continue;
-        QByteArray value = item.mid(name.size() + 1);
-        if (value.size() >= 2 && value.startsWith('"') && value.endsWith('"'))
-            value = value.mid(1, value.size() - 2);
-        return value.isNull() ? QByteArray("") : value;
+    for (qsizetype at = header.indexOf(';'); at >= 0; at = header.indexOf(';', at)) {
+        const qsizetype equals = header.indexOf('=', ++at);
+        if (equals < 0)
+            break;
+        const QByteArray key = header.mid(at, equals - at).trimmed().toLower();
+        at = equals + 1;
+        QByteArray value("");
+        if (at < header.size() && header[at] == '"') {
+            value = quoted(header, at);
+        } else {
+            const qsizetype end = header.indexOf(';', at);
+            value = header.mid(at, end < 0 ? -1 : end - at).trimmed();
+        }
+        if (key == name)
+            return value.isNull() ? QByteArray("") : value;
     }
     return {};
 }

@@ -5,17 +5,28 @@
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
 
+#include <QJsonDocument>
+
 namespace orvane::homeserver {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr qsizetype largestSignal = 64LL * 1024; // bytes
+
+// To acquaintances, and in a chat to those who are in it with the sender.
 Answer relay(Call &call) {
     const auto to = fields::userId(call.body.value("to"_L1));
     if (!to)
         refuseBadRequest();
     const qint64 self = call.caller.userId;
+    if (QJsonDocument(call.body).toJson(QJsonDocument::Compact).size() > largestSignal)
+        refuseBadRequest();
+    if (const auto chat = fields::optionalText(call.body, "chat_id"_L1)) {
+        requireMember(call.database(), *chat, self);
+        requireMember(call.database(), *chat, *to);
+    }
     if (*to != self && !acquaintances(call.database(), self).contains(*to))
         refuseForbidden();
     QJsonObject signal = call.body;

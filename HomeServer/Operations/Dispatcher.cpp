@@ -3,7 +3,6 @@
 
 #include "HomeServer/Accounts/Sessions.h"
 #include "HomeServer/Http/Fields.h"
-#include "HomeServer/Http/WatchedServer.h"
 #include "HomeServer/Operations/Idempotency.h"
 
 #include <QFutureWatcher>
@@ -40,8 +39,6 @@ QJsonObject readBody(const Request &request) {
     const bool bodyless = request.method == "GET" || request.method == "DELETE";
     if (isMultipart(request) || (bodyless && request.body.isEmpty()))
         return {};
-    if (request.body.size() > WatchedServer::maxBody)
-        throw Refusal(413, "too_large");
     const QJsonDocument document = QJsonDocument::fromJson(request.body);
     if (!document.isObject())
         throw Refusal(400, "bad_json");
@@ -78,16 +75,28 @@ Dispatcher::Dispatcher(const Router &router, Services &services)
     : m_router(router)
     , m_services(services) {}
 
+HttpFront::Admission Dispatcher::admit(const Request &request) const {
+    const Route &route = *find(request).route;
+    const bool member = callerOf(m_services, request.token).has_value();
+    if (route.access == Access::SignedIn && !member)
+        throw Refusal(401, "unauthorized");
+    return {route.carriesFile ? HttpFront::maxUpload : HttpFront::maxBody, member};
+}
+
+Router::Match Dispatcher::find(const Request &request) const {
+    Router::Match match = m_router.find(request.method, request.segments);
+    if (!match.route)
+        throw match.pathKnown ? Refusal(405, "method_not_allowed") : Refusal(404, "not_found");
+    return match;
+}
+
 void Dispatcher::handle(const Request &request, const Finish &finish) {
     if (const auto failed = guarded([&] { start(request, finish); }))
         finish(*failed);
 }
 
 void Dispatcher::start(const Request &request, const Finish &finish) {
-    const Router::Match match = m_router.find(request.method, request.segments);
-    if (!match.route)
-        throw match.pathKnown ? Refusal(405, "method_not_allowed") : Refusal(404, "not_found");
-
+    const Router::Match match = find(request);
     const auto call = std::make_shared<Call>(m_services);
     call->request = request;
     call->parts = match.parts;

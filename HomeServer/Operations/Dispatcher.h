@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "HomeServer/Http/HttpFront.h"
 #include "HomeServer/Operations/Router.h"
 
 #include <QObject>
@@ -17,6 +18,9 @@ public:
 
     Dispatcher(const Router &router, Services &services);
 
+    // Looks at what stands before a request's body; refuses whoever may not send one.
+    HttpFront::Admission admit(const Request &request) const;
+
     // Calls `finish` exactly once, now or later; never after this object is gone.
     void handle(const Request &request, const Finish &finish);
 
@@ -24,6 +28,7 @@ public:
     void handleFrame(const Caller &caller, const QJsonObject &frame);
 
 private:
+    Router::Match find(const Request &request) const;
     void start(const Request &request, const Finish &finish);
     void startSlow(const Route &route, const std::shared_ptr<Call> &call, const Finish &finish);
 

@@ -29,11 +29,15 @@ bool fits(const QStringList &pattern, const QStringList &segments) {
 } // namespace
 
 void Router::add(const char *method, const char *path, Operation operation, Access access) {
-    m_routes.append({method, patternOf(path), access, std::move(operation), {}});
+    m_routes.append({method, patternOf(path), access, std::move(operation), {}, false});
+}
+
+void Router::addUpload(const char *method, const char *path, Operation operation, Access access) {
+    m_routes.append({method, patternOf(path), access, std::move(operation), {}, true});
 }
 
 void Router::addSlow(const char *method, const char *path, SlowOperation operation, Access access) {
-    m_routes.append({method, patternOf(path), access, {}, std::move(operation)});
+    m_routes.append({method, patternOf(path), access, {}, std::move(operation), false});
 }
 
 void Router::addFrame(const char *type, const Operation &operation) {

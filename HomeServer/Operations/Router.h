@@ -18,6 +18,7 @@ struct Route {
     Access access = Access::SignedIn;
     Operation operation;
     SlowOperation slowOperation; // instead of the above
+    bool carriesFile = false;
 };
 
 // The tables of the interface. Paths that begin with "/" are complete; others stand under
@@ -33,6 +34,9 @@ public:
     void add(const char *method, const char *path, Operation operation, Access access = Access::SignedIn);
     void addSlow(const char *method, const char *path, SlowOperation operation,
                  Access access = Access::SignedIn);
+    // One whose request carries a file.
+    void addUpload(const char *method, const char *path, Operation operation,
+                   Access access = Access::SignedIn);
     // What a frame of this type from an event socket does; its answer goes nowhere.
     void addFrame(const char *type, const Operation &operation);
 

@@ -18,6 +18,7 @@ class FileStore;
 class LoginThrottle;
 class ModelEndpoint;
 class RobotRunner;
+struct Brakes;
 struct Options;
 
 // What the operations work with; everything lives as long as the server and belongs to its thread.
@@ -33,6 +34,7 @@ struct Services {
     std::function<QString()> httpBase; // "http://address:port", as clients reach this server
     QThreadPool &workers;              // for what takes long and touches nothing of the above
     const QStringList &features;       // what this server announces
+    Brakes &brakes;
 
     double now() const; // Unix seconds
 };

@@ -4,6 +4,7 @@
 #include "HomeServer/Chats/ChatStore.h"
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
+#include "HomeServer/Security/Brakes.h"
 #include "HomeServer/Store/Query.h"
 
 #include <QJsonDocument>
@@ -84,6 +85,9 @@ Answer bundle(Call &call) {
     QJsonObject answer{{"identity_key"_L1, row.text(0)},
                        {"signed_pre_key"_L1, row.text(1)},
                        {"signed_pre_key_signature"_L1, row.text(2)}};
+    const QString asking = u"%1:%2"_s.arg(call.caller.userId).arg(user);
+    if (!call.services.brakes.oneTimeKeys.allows(asking, call.services.now()))
+        return Answer(answer);
     if (const auto oneTime = takeOneTimeKey(call.database(), user))
         answer["one_time_pre_key"_L1] = *oneTime;
     return Answer(answer);

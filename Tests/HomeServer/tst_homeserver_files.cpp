@@ -65,11 +65,14 @@ private Q_SLOTS:
                                           {"a\x1b[2Jb", u"a_[2Jb"_s},
                                           {"cod\u202egpj.exe", u"cod_gpj.exe"_s},
                                           {QByteArray(3000, 'n'), QString(200, u'n')},
+                                          {"a; filename=b.txt", u"a; filename=b.txt"_s},
+                                          {"a\\\"b\\\\c;.txt", u"c;.txt"_s},
+                                          {"a\\\"b;.txt", u"a\"b;.txt"_s},
                                           {"отчёт.pdf", u"отчёт.pdf"_s}})
             QCOMPARE(upload(c.site, file(name, "x")).text("filename"), shown);
         // In the folder for uploads alone, under names of the server's own.
         const QStringList files = stored(c.site);
-        QCOMPARE(files.size(), 10);
+        QCOMPARE(files.size(), 13);
         for (const QString &name : files)
             QCOMPARE(name.size(), 36);
     }
