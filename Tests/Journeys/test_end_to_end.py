@@ -2,13 +2,12 @@
 """The end-to-end layer is off until the environment turns it on; then two people share a group nobody else reads."""
 
 import base64
-import re
-import unittest
 
+from harness.bus import keyring
 from harness.journey import Journey
 from harness.person import Person
 from harness.processes import eventually
-from harness.screen import ENTRIES, FOCUSED, ROWS
+from harness.screen import BUTTONS, ROWS, TEXTS
 
 SECRET = "meet at the old mill"
 
@@ -18,14 +17,14 @@ class EndToEnd(Journey):
         anna = self.person("anna")
         self.register(anna)
         self.open_chat(anna, "Lobby")
-        self.assertIsNone(anna.screen.look({"push button", "button"}, "CRYPTO EXP"))
+        self.assertIsNone(anna.screen.look(BUTTONS, "CRYPTO EXP"))
         anna.screen.button("New Group").press()
-        anna.screen.find(ENTRIES, "Group name", FOCUSED)
-        self.assertIsNone(anna.screen.look({"check box", "toggle button"}, ".*Zero-Knowledge.*"))
+        anna.screen.find_focused("Group name")
+        self.assertIsNone(anna.screen.look(BUTTONS, ".*Zero-Knowledge.*"))
         anna.key("Escape")
         anna.close_client()
         self.assertEqual(0, self.keys_left("anna"))
-        keys = [label for label in anna.keyring() if "key" in label.lower()]
+        keys = [label for label in keyring(anna.environment["DBUS_SESSION_BUS_ADDRESS"]) if "key" in label.lower()]
         self.assertEqual([], keys, "items of the keyring that only the end-to-end layer makes")
 
     def test_a_group_that_only_its_members_read(self) -> None:
@@ -40,9 +39,7 @@ class EndToEnd(Journey):
         anna.close_client()
         anna.open_client()
         self.make_group(anna, "The mill", ["Boris"])
-        anna.type(SECRET)
-        anna.key("Return")
-        anna.screen.find(ROWS, f"You, {SECRET}, .*")
+        self.say(anna, SECRET)
         self.look_at_the_fingerprint(anna)
 
         boris.close_client()
@@ -50,10 +47,7 @@ class EndToEnd(Journey):
         # The server names no zero-knowledge group; the other one is his own, and he has read it.
         self.open_chat(boris, ".*ZK Group, .*1 unread")
         boris.screen.find(ROWS, f".*, {SECRET}, .*")
-        boris.type("I will be there")
-        boris.key("Return")
-        anna.screen.find(ROWS, ".*, I will be there, .*")
-        self.picture(anna, "20-zero-knowledge")
+        self.say(boris, "I will be there", anna)
 
         database = b"".join(
             path.read_bytes() for path in (self.folder / "server" / "data").rglob("*") if path.is_file()
@@ -67,7 +61,7 @@ class EndToEnd(Journey):
 
     def assert_no_key_in(self, person: Person) -> None:
         """Neither what the client said nor any file of its own holds a secret of the keyring, in any usual form."""
-        secrets = {label: secret for label, secret in person.keyring().items() if len(secret) >= 16}
+        secrets = {label: secret for label, secret in keyring(person.environment["DBUS_SESSION_BUS_ADDRESS"]).items() if len(secret) >= 16}
         self.assertGreater(len(secrets), 2, "the keys that this is about")
         files = [path for path in person.folder.rglob("*") if path.is_file() and "keyrings" not in path.parts]
         self.assertIn("client.log", [path.name for path in files])
@@ -79,29 +73,23 @@ class EndToEnd(Journey):
 
     def keys_left(self, name: str) -> int:
         account = self.sign_in(name)
-        return self.call(f"/api/messenger/keys/{account['user']['id']}/count", token=account["token"])["pre_keys_remaining"]
+        return self.server.call(f"/api/messenger/keys/{account['user']['id']}/count", token=account["token"])["pre_keys_remaining"]
 
     def make_group(self, person: Person, name: str, members: list[str]) -> None:
         person.screen.button("New Group").press()
-        person.screen.find(ENTRIES, "Group name", FOCUSED)
+        person.screen.find_focused("Group name")
         person.type(name)
         for member in members:
             person.screen.find({"check box"}, member).press()
-        person.screen.find({"check box", "toggle button", "push button"}, "🔒 Zero-Knowledge .*").press()
-        self.picture(person, "21-new-zk-group")
-        self.assert_all_named(person, "new zero-knowledge group")
+        person.screen.find(BUTTONS, "🔒 Zero-Knowledge .*").press()
+        self.look_over(person, "new-zk-group")
         person.screen.button("Create").press()
-        person.screen.find(ENTRIES, re.escape("Message..."), FOCUSED)
+        person.screen.find_focused("Message...")
         person.screen.button("ZK EXP")
 
     def look_at_the_fingerprint(self, person: Person) -> None:
         person.screen.button("CRYPTO EXP").press()
-        person.screen.find({"label", "static", "text"}, "([0-9a-f]{4} ){15}[0-9a-f]{4}")
-        self.assert_all_named(person, "fingerprint")
-        self.picture(person, "22-fingerprint")
+        person.screen.find(TEXTS, "([0-9a-f]{4} ){15}[0-9a-f]{4}")
+        self.look_over(person, "fingerprint")
         person.key("Escape")
         person.screen.button("CRYPTO EXP")
-
-
-if __name__ == "__main__":
-    unittest.main()

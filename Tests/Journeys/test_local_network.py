@@ -4,17 +4,14 @@
 import os
 import re
 import subprocess
-import unittest
 
-from harness.events import EventSocket
-from harness.journey import BUILD, PASSWORD, Journey
+from harness.journey import BUILD, Journey
 from harness.network import alone, run
 from harness.person import Person
 from harness.processes import eventually, first_line, start
-from harness.screen import ENTRIES, LISTS, ROWS
+from harness.screen import ENTRIES, LISTS, TEXTS
 from harness.server import HomeServer
 
-TEXTS = {"label", "static", "text", "heading", "alert message"}
 PEERS = "Соседи в Wi‑Fi"
 # Says what it hears, as a neighbour who never talks.
 NEIGHBOUR = """
@@ -25,6 +22,8 @@ with socket.create_server(("", 9477)) as server:
     while heard := link.recv(4096):
         print(heard, flush=True)
 """
+# These tests have a network for themselves.
+setUpModule = alone
 
 
 class LocalNetwork(Journey):
@@ -39,18 +38,15 @@ class LocalNetwork(Journey):
         self.register(anna)
         anna.screen.button("P2P").press()
         switch = anna.screen.button("P2P-режим (LAN)")
-        self.assert_all_named(anna, "direct delivery")
-        self.picture(anna, "40-lan-off")
+        self.look_over(anna, "lan-off")
 
         anna.click(switch)
         anna.screen.find(TEXTS, "LAN IP не найден \\(нужен Wi‑Fi: 192.168.x.x / 10.x.x.x\\)")
-        self.picture(anna, "41-lan-no-address")
 
         run("ip address add 10.77.0.1/24 dev en0")
         anna.key("space")
         for text in ("Локальный IP: 10.77.0.1", "Подсеть: 10.77.0.0/24", "TCP связано: 0", "Никого не найдено.*"):
             anna.screen.find(TEXTS, text)
-        self.picture(anna, "42-lan-nobody")
 
         neighbour = start(
             ["ip", "netns", "exec", "neighbour", "python3", "-c", NEIGHBOUR],
@@ -60,20 +56,17 @@ class LocalNetwork(Journey):
         )
         self.assertEqual("listening", first_line(neighbour.stdout, "the neighbour"))
         self.arrive("boris", "10.77.0.2")
-        with EventSocket(self.server.events, self.arrive("clara", "10.77.0.3")):
-            self.arrive("dmitri", "10.77.0.4")
-            anna.screen.button("Обновить").press()
-            self.assertIn('"type":"hello"', first_line(neighbour.stdout, "the neighbour"))
-            anna.screen.find(TEXTS, "TCP связано: 1")
-            anna.screen.button("Обновить").press()
-            expected = ["Boris, 10.77.0.2, 🔗 связан", "Clara, 10.77.0.3, 🟢 online", "Dmitri, 10.77.0.4, ⚪ offline"]
-            eventually("three neighbours", lambda: anna.screen.rows(PEERS) == expected)
-            self.assert_all_named(anna, "neighbours")
-            self.picture(anna, "43-lan-neighbours")
+        self.arrive("dmitri", "10.77.0.4")
+        anna.screen.button("Обновить").press()
+        self.assertIn('"type":"hello"', first_line(neighbour.stdout, "the neighbour"))
+        anna.screen.find(TEXTS, "TCP связано: 1")
+        anna.screen.button("Обновить").press()
+        expected = ["Boris, 10.77.0.2, 🔗 связан", "Dmitri, 10.77.0.4, ⚪ offline"]
+        eventually("two neighbours", lambda: anna.screen.rows(PEERS) == expected)
+        self.look_over(anna, "neighbours")
 
         anna.screen.button("P2P-режим (LAN)").press()
-        eventually("nobody is shown", lambda: not anna.screen.look(LISTS, PEERS))
-        anna.close_client()
+        anna.screen.wait_without(LISTS, PEERS)
 
     def test_talking_without_the_server(self) -> None:
         run("ip link add switch type bridge")
@@ -83,9 +76,7 @@ class LocalNetwork(Journey):
         self.server = HomeServer(BUILD / "bin/orvanetalk-homeserver", self.folder / "reachable", "10.77.0.254")
         self.server.start()
         anna, boris = self.at_a_host("anna", "10.77.0.1"), self.at_a_host("boris", "10.77.0.2")
-        for person in (anna, boris):
-            self.register(person)
-            person.close_client()
+        self.registered(anna, boris)
         self.meet("anna", "boris")
         for person, peer in ((boris, "Anna"), (anna, "Boris")):
             person.open_client()
@@ -96,17 +87,12 @@ class LocalNetwork(Journey):
         for person in (anna, boris):
             person.screen.find(TEXTS, "TCP связано: 1")
             person.key("Escape")
-            eventually("the sheet is closed", lambda p=person: not p.screen.look(TEXTS, "TCP связано: 1"))
+            person.screen.wait_without(TEXTS, "TCP связано: 1")
 
         self.server.stop()
         for speaker, listener, text in ((anna, boris, "Still there?"), (boris, anna, "Still here")):
             speaker.click(speaker.screen.find(ENTRIES, re.escape("Message...")))
-            speaker.type(text)
-            speaker.key("Return")
-            speaker.screen.find(ROWS, f"You, {re.escape(text)}, .*, sent")
-            listener.screen.find(ROWS, f".*, {re.escape(text)}, .*, received")
-        for person in (anna, boris):
-            person.close_client()
+            self.say(speaker, text, listener)
 
     def at_a_host(self, name: str, address: str) -> Person:
         """Somebody whose client runs on a host of its own."""
@@ -120,14 +106,7 @@ class LocalNetwork(Journey):
         person.started_by = ["ip", "netns", "exec", name]
         return person
 
-    def arrive(self, name: str, address: str) -> str:
+    def arrive(self, name: str, address: str) -> None:
         """Somebody who has told the server where they are."""
-        who = {"username": name, "password": PASSWORD, "display_name": name.title(), "device_id": name}
-        token = self.call("/api/auth/register", who)["token"]
-        self.call("/api/messenger/p2p/register", {"local_ip": address, "device_id": name}, token)
-        return token
-
-
-if __name__ == "__main__":
-    alone()
-    unittest.main()
+        token = self.server.register(name)["token"]
+        self.server.call("/api/messenger/p2p/register", {"local_ip": address, "device_id": name}, token)

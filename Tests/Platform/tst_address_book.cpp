@@ -2,12 +2,13 @@
 #include "Platform/DesktopAddressBook.h"
 #include "Platform/EvolutionSources.h"
 #include "Support/Await.h"
+#include "Support/BusPeer.h"
+#include "Support/InRow.h"
 #include "Support/SessionBus.h"
 #include "Support/TestMain.h"
 
 #include <QDBusArgument>
 #include <QDBusMetaType>
-#include <QDBusVirtualObject>
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -19,31 +20,32 @@ using namespace orvane;
 using namespace Qt::StringLiterals;
 
 using Objects = QMap<QDBusObjectPath, QMap<QString, QVariantMap>>;
+using Script = std::function<QDBusMessage(const QDBusMessage &call)>;
 
 namespace {
 
-QByteArray card(const QByteArray &given, const QByteArray &number) {
-    return "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;" + given + ";;;\r\nTEL:" + number + "\r\nEND:VCARD\r\n";
+QString card(const QString &given, const QString &number, const QString &more = {}) {
+    return u"BEGIN:VCARD\r\nVERSION:3.0\r\nN:;%1;;;\r\nTEL:%2\r\n%3END:VCARD\r\n"_s.arg(given, number, more);
 }
 
-void write(const QString &path, const QByteArray &bytes) {
+void write(const QString &path, const QString &text) {
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         qFatal("cannot write %s", qPrintable(path));
-    file.write(bytes);
+    file.write(text.toUtf8());
 }
 
 QString dataFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
 }
 
+// With each one's picture behind the name.
 QStringList names(AddressBook &book) {
     const QList<AddressBookPerson> people = *outcomeOf(book.people()).value;
     QStringList result;
     for (const AddressBookPerson &person : people)
-        result << person.givenName + u" "_s.repeated(person.picture.isEmpty() ? 0 : 1) +
-                      QString::fromUtf8(person.picture);
+        result << (person.givenName + ' ' + QString::fromUtf8(person.picture)).trimmed();
     return result;
 }
 
@@ -52,87 +54,54 @@ bool access(AddressBook &book) {
 }
 
 // Evolution Data Server's interfaces, in the shapes that its release 3.46 was seen to use.
-class DataServer : public QDBusVirtualObject {
-    Q_OBJECT
-
-public:
-    DataServer()
-        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"eds"_s)) {
-        m_bus.registerVirtualObject(root, this, QDBusConnection::SubPath);
-        m_bus.registerService(u"org.gnome.evolution.dataserver.Sources5"_s);
-        m_bus.registerService(u"org.gnome.evolution.dataserver.AddressBook10"_s);
-    }
-    ~DataServer() override {
-        // What has arrived and was not yet handled refers to the connection.
-        m_bus.unregisterObject(root, QDBusConnection::UnregisterTree);
-        QCoreApplication::removePostedEvents(this);
-        QDBusConnection::disconnectFromBus(u"eds"_s);
+struct DataServer : BusPeer {
+    explicit DataServer(const QStringList &itsCards)
+        : BusPeer(root, {"org.gnome.evolution.dataserver.Sources5", book})
+        , cards(itsCards) {
+        answer = [this](const QDBusMessage &call) {
+            const QString question = questionOf(call);
+            if (call.member() == scripted)
+                return script(call);
+            if (question == "/SourceManager ObjectManager.GetManagedObjects")
+                return call.createReply(QVariant::fromValue(objects()));
+            if (question == "/AddressBookFactory AddressBookFactory.OpenAddressBook")
+                return call.createReply({root + "/Subprocess/1/2", book});
+            if (question == "/Subprocess/1/2 AddressBook.Open")
+                return call.createReply(QStringList{"writable", "true"});
+            if (question == "/Subprocess/1/2 AddressBook.GetContactList")
+                return call.createReply(cards);
+            return call.createReply();
+        };
     }
 
     QStringList cards;
-    QStringList called;
-    /// Of the method of that name: what it answers instead, with an error's name before its text.
+    /// The method that is answered by the script instead.
     QString scripted;
-    QString error;
-    QVariantList values;
-    std::function<void()> whenAskedForCards;
+    Script script;
 
-    QString introspect(const QString &) const override { return {}; }
-    bool handleMessage(const QDBusMessage &call, const QDBusConnection &) override {
-        const QString question =
-            call.path().mid(root.size()) + u' ' + call.interface().section(u'.', -1) + u'.' + call.member();
-        called << question;
-        if (call.member() == scripted)
-            m_bus.send(error.isEmpty() ? call.createReply(values) : call.createErrorReply(error, u"no"_s));
-        else if (question == u"/SourceManager ObjectManager.GetManagedObjects"_s)
-            m_bus.send(call.createReply(QVariant::fromValue(objects())));
-        else if (question == u"/AddressBookFactory AddressBookFactory.OpenAddressBook"_s)
-            m_bus.send(call.createReply(
-                {root + u"/Subprocess/1/2"_s, u"org.gnome.evolution.dataserver.AddressBook10"_s}));
-        else if (question == u"/Subprocess/1/2 AddressBook.Open"_s)
-            m_bus.send(call.createReply(QStringList{u"writable"_s, u"true"_s}));
-        else if (question == u"/Subprocess/1/2 AddressBook.GetContactList"_s && whenAskedForCards)
-            whenAskedForCards();
-        else if (question == u"/Subprocess/1/2 AddressBook.GetContactList"_s)
-            m_bus.send(call.createReply(cards));
-        else
-            m_bus.send(call.createReply());
-        return true;
+    bool wasAsked(const QString &question) const {
+        return std::any_of(heard.begin(), heard.end(),
+                           [&](const QDBusMessage &call) { return questionOf(call) == question; });
     }
 
 private:
+    static QString questionOf(const QDBusMessage &call) {
+        return call.path().mid(root.size()) + ' ' + call.interface().section('.', -1) + '.' + call.member();
+    }
     static Objects objects() {
-        const QVariantMap book{
-            {u"UID"_s, u"system"_s},
-            {u"Data"_s, u"[Data Source]\nEnabled=true\n\n[Address Book]\nBackendName=local\n"_s}};
-        const QVariantMap calendar{{u"UID"_s, u"c"_s},
-                                   {u"Data"_s, u"[Data Source]\nEnabled=true\n[Calendar]\n"_s}};
-        const QString source = u"org.gnome.evolution.dataserver.Source"_s;
-        return {{QDBusObjectPath(root + u"/SourceManager/Source"_s), {{source, book}}},
-                {QDBusObjectPath(root + u"/SourceManager/Source_1"_s), {{source, calendar}}},
-                {QDBusObjectPath(root + u"/SourceManager/Source_2"_s), {{u"another.Interface"_s, {}}}}};
+        const QVariantMap local{
+            {"UID", "system"},
+            {"Data", "[Data Source]\nEnabled=true\n\n[Address Book]\nBackendName=local\n"}};
+        const QVariantMap calendar{{"UID", "c"}, {"Data", "[Data Source]\nEnabled=true\n[Calendar]\n"}};
+        const QString source = "org.gnome.evolution.dataserver.Source";
+        const QString path = root + "/SourceManager/Source";
+        return {{QDBusObjectPath(path), {{source, local}}},
+                {QDBusObjectPath(path + "_1"), {{source, calendar}}},
+                {QDBusObjectPath(path + "_2"), {{"another.Interface", {}}}}};
     }
 
     static inline const QString root = u"/org/gnome/evolution/dataserver"_s;
-    QDBusConnection m_bus;
-};
-
-// This process looks like somebody else's to whoever asks about permissions, the superuser's included.
-class AsNobody {
-public:
-    AsNobody() {
-        if (m_real == 0 && setreuid(65534, uid_t(-1)) != 0)
-            qFatal("cannot become nobody");
-    }
-    ~AsNobody() {
-        if (m_real == 0 && setreuid(m_real, uid_t(-1)) != 0)
-            qFatal("cannot become oneself again");
-    }
-    AsNobody(const AsNobody &) = delete;
-    AsNobody &operator=(const AsNobody &) = delete;
-
-private:
-    uid_t m_real = getuid();
+    static inline const QString book = u"org.gnome.evolution.dataserver.AddressBook10"_s;
 };
 
 } // namespace
@@ -146,178 +115,152 @@ private Q_SLOTS:
         qDBusRegisterMetaType<Objects>();
         QVERIFY(m_bus.start());
     }
+
     void init() {
         QVERIFY(QDir(dataFolder()).removeRecursively());
         QVERIFY(QDir().mkpath(dataFolder()));
     }
-    void sources_data();
-    void sources();
-    void foldersAreReadWithAllWithin();
-    void aClosedFolderIsRefused();
-    void withoutAnythingThereIsNobody();
-    void theDataServerComesFirst();
-    void answersOfTheDataServer_data();
-    void answersOfTheDataServer();
-    void picturesAreReadFromItsOwnFolderAlone();
-    void aServerThatDiesMeanwhile();
+
+    void sources() {
+        const auto check = [](const char *name, const QString &keyFile, bool counts) {
+            IN_ROW(name);
+            const QHash<QString, QString> all{{"book", keyFile},
+                                              {"child-of-off", "[Data Source]\nParent=off\n"},
+                                              {"off", "[Data Source]\nEnabled=false\n"}};
+            QCOMPARE(evolutionAddressBooks(all), counts ? QStringList{"book"} : QStringList());
+        };
+        check("plain", "[Data Source]\nEnabled=true\n[Address Book]\nBackendName=local", true);
+        check("says nothing", "[Address Book]", true);
+        check("a calendar", "[Data Source]\nEnabled=true\n[Calendar]\nBackendName=local", false);
+        check("off", "[Data Source]\nEnabled=false\n[Address Book]\nBackendName=local", false);
+        check("of an account that is off", "[Data Source]\nParent=child-of-off\n[Address Book]\n", false);
+        check("its own parent", "[Data Source]\nParent=book\n[Address Book]\n", true);
+        check("of an unknown account", "[Data Source]\nParent=x\n[Address Book]\n", true);
+        check("a directory", "[Address Book]\nBackendName=ldap", false);
+        check(
+            "translated and odd lines",
+            "# c\n[Data Source]\nEnabled[ru]=false\n=\n[\nEnabled=false\n\r\n[Address Book]\r\nBackendName = "
+            "x\r\n",
+            true);
+        check("nothing", "", false);
+    }
+
+    void foldersAreReadWithAllWithin() {
+        write(dataFolder() + "/OrvaneTalk/contacts/a.vcf", card("Anna", "1") + card("Ben", "2"));
+        write(dataFolder() + "/contacts/family/b.VCF", card("Carl", "3"));
+        write(dataFolder() + "/contacts/std.vcard", card("Dora", "4"));
+        write(dataFolder() + "/contacts/notes.txt", card("Nobody", "5"));
+        write(dataFolder() + "/contacts/broken.vcf", "BEGIN:VCARD\r\nN:;Cut\r\nTEL:1");
+        // To open a pipe would wait for ever.
+        QCOMPARE(mkfifo(qPrintable(dataFolder() + "/contacts/pipe.vcf"), 0600), 0);
+        QVERIFY(QFile::link(dataFolder() + "/contacts", dataFolder() + "/contacts/round"));
+        VCardFolder book;
+        QVERIFY(access(book));
+        QCOMPARE(names(book), (QStringList{"Anna", "Ben", "Carl", "Dora"}));
+    }
+
+    void aClosedFolderIsRefused() {
+        const QString folder = dataFolder() + "/contacts";
+        QVERIFY(QDir().mkpath(folder));
+        VCardFolder book({folder, dataFolder() + "/none"});
+        QVERIFY(access(book));
+        QVERIFY(QFile::setPermissions(folder, QFile::WriteOwner));
+        // Looks like somebody else's to whoever asks about permissions, the superuser's included.
+        const uid_t real = getuid();
+        QVERIFY(real != 0 || setreuid(65534, uid_t(-1)) == 0);
+        const bool allowed = access(book);
+        QVERIFY(real != 0 || setreuid(real, uid_t(-1)) == 0);
+        QVERIFY(!allowed);
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+    void withoutAnythingThereIsNobody() {
+        DesktopAddressBook book;
+        EvolutionAddressBook offline(QDBusConnection("no bus"));
+        for (AddressBook *each : {static_cast<AddressBook *>(&book), static_cast<AddressBook *>(&offline)}) {
+            QVERIFY(access(*each));
+            QCOMPARE(names(*each), QStringList());
+        }
+    }
+
+    void theDataServerComesFirst() {
+        write(dataFolder() + "/contacts/b.vcf", card("Carl", "3"));
+        DesktopAddressBook book;
+        QCOMPARE(names(book), QStringList{"Carl"});
+        DataServer server({card("Anna", "1"), "broken", card("Ben", "2")});
+        QVERIFY(access(book));
+        QCOMPARE(names(book), (QStringList{"Anna", "Ben"}));
+        QTRY_VERIFY(server.wasAsked("/Subprocess/1/2 AddressBook.Close"));
+        // Somebody who installed it and keeps their cards elsewhere.
+        server.cards.clear();
+        QCOMPARE(names(book), QStringList{"Carl"});
+    }
+
+    void answersOfTheDataServer() {
+        const auto check = [](const char *name, const QString &method, const Script &script,
+                              bool read = false, bool allowed = true) {
+            IN_ROW(name);
+            DataServer server({card("Anna", "1")});
+            server.scripted = method;
+            server.script = script;
+            EvolutionAddressBook book;
+            QCOMPARE(access(book), allowed);
+            QCOMPARE(names(book), read ? QStringList{"Anna"} : QStringList());
+        };
+        const auto error = [](const QString &kind) {
+            return [kind](const QDBusMessage &call) {
+                return call.createErrorReply("org.freedesktop.DBus.Error." + kind, "no");
+            };
+        };
+        const auto values = [](const QVariantList &list) {
+            return [list](const QDBusMessage &call) { return call.createReply(list); };
+        };
+        check("denied", "GetManagedObjects", error("AccessDenied"), false, false);
+        check("no sources", "GetManagedObjects", error("Failed"));
+        check("sources of another shape", "GetManagedObjects", values({QStringList{"a"}}));
+        check("sources of no shape", "GetManagedObjects", values({}));
+        check("a book that isn't there", "OpenAddressBook", error("Failed"));
+        check("half a place", "OpenAddressBook", values({"/a"}));
+        check("a place that can't be", "OpenAddressBook", values({"not a path", "not a name"}));
+        check("a place of numbers", "OpenAddressBook", values({1, 2}));
+        check("a book that says it is open already", "Open", error("Failed"), true);
+        check("a book too large for the bus", "GetContactList", error("LimitsExceeded"));
+        check("cards as a number", "GetContactList", values({5}));
+    }
+
+    void picturesAreReadFromItsOwnFolderAlone() {
+        const QString own = dataFolder() + "/evolution/addressbook/system/photos/a";
+        const QString other = dataFolder() + "/secret";
+        write(own, "picture");
+        write(other, "secret");
+        QVERIFY(QFile::link(other, own + "-link"));
+        const auto with = [](const QString &name, const QString &address) {
+            return card(name, "1", u"PHOTO;VALUE=uri:%1\r\n"_s.arg(address));
+        };
+        const DataServer server({with("A", "file://" + own), with("B", "file://" + other),
+                                 with("C", "file://" + own + "-link"),
+                                 with("D", "file://" + own + "/../../../../../secret"),
+                                 with("E", "file:///dev/zero"), with("F", "https://example.org/a")});
+        EvolutionAddressBook book;
+        QCOMPARE(names(book), (QStringList{"A picture", "B", "C", "D", "E", "F"}));
+    }
+
+    void aServerThatDiesMeanwhile() {
+        auto server = std::make_unique<DataServer>(QStringList{card("Anna", "1")});
+        server->scripted = "GetContactList";
+        server->script = [&server](const QDBusMessage &) {
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(), [&server] { server.reset(); }, Qt::QueuedConnection);
+            return QDBusMessage();
+        };
+        EvolutionAddressBook book;
+        QCOMPARE(names(book), QStringList());
+        QVERIFY(!server);
+    }
 
 private:
     SessionBus m_bus;
 };
-
-void TestAddressBook::sources_data() {
-    QTest::addColumn<QString>("keyFile");
-    QTest::addColumn<bool>("counts");
-    QTest::newRow("plain") << u"[Data Source]\nEnabled=true\n[Address Book]\nBackendName=local"_s << true;
-    QTest::newRow("says nothing") << u"[Address Book]"_s << true;
-    QTest::newRow("a calendar") << u"[Data Source]\nEnabled=true\n[Calendar]\nBackendName=local"_s << false;
-    QTest::newRow("off") << u"[Data Source]\nEnabled=false\n[Address Book]\nBackendName=local"_s << false;
-    QTest::newRow("of an account that is off")
-        << u"[Data Source]\nParent=child-of-off\n[Address Book]\n"_s << false;
-    QTest::newRow("its own parent") << u"[Data Source]\nParent=book\n[Address Book]\n"_s << true;
-    QTest::newRow("of an unknown account") << u"[Data Source]\nParent=x\n[Address Book]\n"_s << true;
-    QTest::newRow("a directory") << u"[Address Book]\nBackendName=ldap"_s << false;
-    QTest::newRow("translated and odd lines")
-        << u"# c\n[Data Source]\nEnabled[ru]=false\n=\n[\nEnabled=false\n\r\n[Address Book]\r\nBackendName = x\r\n"_s
-        << true;
-    QTest::newRow("nothing") << QString() << false;
-}
-
-void TestAddressBook::sources() {
-    QFETCH(QString, keyFile);
-    QFETCH(bool, counts);
-    const QHash<QString, QString> all{{u"book"_s, keyFile},
-                                      {u"child-of-off"_s, u"[Data Source]\nParent=off\n"_s},
-                                      {u"off"_s, u"[Data Source]\nEnabled=false\n"_s}};
-    QCOMPARE(evolutionAddressBooks(all), counts ? QStringList{u"book"_s} : QStringList{});
-}
-
-void TestAddressBook::foldersAreReadWithAllWithin() {
-    write(dataFolder() + u"/OrvaneTalk/contacts/a.vcf"_s, card("Anna", "1") + card("Ben", "2"));
-    write(dataFolder() + u"/contacts/family/b.VCF"_s, card("Carl", "3"));
-    write(dataFolder() + u"/contacts/std.vcard"_s, card("Dora", "4"));
-    write(dataFolder() + u"/contacts/notes.txt"_s, card("Nobody", "5"));
-    write(dataFolder() + u"/contacts/broken.vcf"_s, "BEGIN:VCARD\r\nN:;Cut\r\nTEL:1");
-    // To open a pipe would wait for ever.
-    QCOMPARE(mkfifo(qPrintable(dataFolder() + u"/contacts/pipe.vcf"_s), 0600), 0);
-    QVERIFY(QFile::link(dataFolder() + u"/contacts"_s, dataFolder() + u"/contacts/round"_s));
-    VCardFolder book;
-    QVERIFY(access(book));
-    QCOMPARE(names(book), (QStringList{u"Anna"_s, u"Ben"_s, u"Carl"_s, u"Dora"_s}));
-}
-
-void TestAddressBook::aClosedFolderIsRefused() {
-    const QString folder = dataFolder() + u"/contacts"_s;
-    QVERIFY(QDir().mkpath(folder));
-    VCardFolder book({folder, dataFolder() + u"/none"_s});
-    QVERIFY(access(book));
-    QVERIFY(QFile::setPermissions(folder, QFile::WriteOwner));
-    {
-        const AsNobody nobody;
-        QVERIFY(!access(book));
-    }
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-void TestAddressBook::withoutAnythingThereIsNobody() {
-    DesktopAddressBook book;
-    QVERIFY(access(book));
-    QCOMPARE(names(book), QStringList{});
-    EvolutionAddressBook offline(QDBusConnection(u"no bus"_s));
-    QVERIFY(access(offline));
-    QCOMPARE(names(offline), QStringList{});
-}
-
-void TestAddressBook::theDataServerComesFirst() {
-    write(dataFolder() + u"/contacts/b.vcf"_s, card("Carl", "3"));
-    DesktopAddressBook book;
-    QCOMPARE(names(book), QStringList{u"Carl"_s});
-    DataServer server;
-    server.cards = {QString::fromUtf8(card("Anna", "1")), u"broken"_s, QString::fromUtf8(card("Ben", "2"))};
-    QVERIFY(access(book));
-    QCOMPARE(names(book), (QStringList{u"Anna"_s, u"Ben"_s}));
-    QTRY_VERIFY(server.called.contains(u"/Subprocess/1/2 AddressBook.Close"_s));
-    // Somebody who installed it and keeps their cards elsewhere.
-    server.cards.clear();
-    QCOMPARE(names(book), QStringList{u"Carl"_s});
-}
-
-void TestAddressBook::answersOfTheDataServer_data() {
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QString>("error");
-    QTest::addColumn<QVariantList>("values");
-    QTest::addColumn<bool>("allowed");
-    QTest::addColumn<bool>("read");
-    const auto error = [](const char *name, const QString &method, const QString &text, bool allowed,
-                          bool read) {
-        QTest::newRow(name) << method << text << QVariantList{} << allowed << read;
-    };
-    const auto values = [](const char *name, const QString &method, const QVariantList &list, bool read) {
-        QTest::newRow(name) << method << QString() << list << true << read;
-    };
-    const QString denied = u"org.freedesktop.DBus.Error.AccessDenied"_s;
-    const QString failed = u"org.freedesktop.DBus.Error.Failed"_s;
-    error("denied", u"GetManagedObjects"_s, denied, false, false);
-    error("no sources", u"GetManagedObjects"_s, failed, true, false);
-    values("sources of another shape", u"GetManagedObjects"_s, {QStringList{u"a"_s}}, false);
-    values("sources of no shape", u"GetManagedObjects"_s, {}, false);
-    error("a book that isn't there", u"OpenAddressBook"_s, failed, true, false);
-    values("half a place", u"OpenAddressBook"_s, {u"/a"_s}, false);
-    values("a place that can't be", u"OpenAddressBook"_s, {u"not a path"_s, u"not a name"_s}, false);
-    values("a place of numbers", u"OpenAddressBook"_s, {1, 2}, false);
-    error("a book that says it is open already", u"Open"_s, failed, true, true);
-    error("a book too large for the bus", u"GetContactList"_s, u"org.freedesktop.DBus.Error.LimitsExceeded"_s,
-          true, false);
-    values("cards as a number", u"GetContactList"_s, {5}, false);
-}
-
-void TestAddressBook::answersOfTheDataServer() {
-    QFETCH(QString, method);
-    QFETCH(QString, error);
-    QFETCH(QVariantList, values);
-    QFETCH(bool, allowed);
-    QFETCH(bool, read);
-    DataServer server;
-    server.cards = {QString::fromUtf8(card("Anna", "1"))};
-    server.scripted = method;
-    server.error = error;
-    server.values = values;
-    EvolutionAddressBook book;
-    QCOMPARE(access(book), allowed);
-    QCOMPARE(names(book), read ? QStringList{u"Anna"_s} : QStringList{});
-}
-
-void TestAddressBook::picturesAreReadFromItsOwnFolderAlone() {
-    const QString own = dataFolder() + u"/evolution/addressbook/system/photos/a"_s;
-    const QString other = dataFolder() + u"/secret"_s;
-    write(own, "picture");
-    write(other, "secret");
-    QVERIFY(QFile::link(other, own + u"-link"_s));
-    DataServer server;
-    const auto cardWith = [](const QString &name, const QString &address) {
-        return u"BEGIN:VCARD\r\nN:;%1\r\nPHOTO;VALUE=uri:%2\r\nEND:VCARD\r\n"_s.arg(name, address);
-    };
-    server.cards = {cardWith(u"A"_s, u"file://"_s + own),
-                    cardWith(u"B"_s, u"file://"_s + other),
-                    cardWith(u"C"_s, u"file://"_s + own + u"-link"_s),
-                    cardWith(u"D"_s, u"file://"_s + own + u"/../../../../../secret"_s),
-                    cardWith(u"E"_s, u"file:///dev/zero"_s),
-                    cardWith(u"F"_s, u"https://example.org/a"_s)};
-    EvolutionAddressBook book;
-    QCOMPARE(names(book), (QStringList{u"A picture"_s, u"B"_s, u"C"_s, u"D"_s, u"E"_s, u"F"_s}));
-}
-
-void TestAddressBook::aServerThatDiesMeanwhile() {
-    auto server = std::make_unique<DataServer>();
-    server->cards = {QString::fromUtf8(card("Anna", "1"))};
-    server->whenAskedForCards = [&server] {
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [&server] { server.reset(); }, Qt::QueuedConnection);
-    };
-    EvolutionAddressBook book;
-    QCOMPARE(names(book), QStringList{});
-    QVERIFY(!server);
-}
 
 ORVANE_TEST_MAIN(TestAddressBook)
 #include "tst_address_book.moc"

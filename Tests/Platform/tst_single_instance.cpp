@@ -8,8 +8,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-using namespace Qt::StringLiterals;
-
 using namespace orvane;
 
 namespace {
@@ -30,60 +28,48 @@ class TestSingleInstance : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theFirstIsToldOfEveryOther();
-    void anotherFolderIsAnotherClient();
-    void aSocketWithoutAProcessIsNobody();
-    void whereNoSocketCanBeEveryoneIsTheFirst_data();
-    void whereNoSocketCanBeEveryoneIsTheFirst();
+    void theFirstIsToldOfEveryOther() {
+        const QString path = m_folder.filePath("a");
+        {
+            SingleInstance first(path);
+            QSignalSpy told(&first, &SingleInstance::windowWanted);
+            QVERIFY(first.claim());
+            QVERIFY(!SingleInstance(path).claim());
+            QTRY_COMPARE(told.size(), 1);
+            QVERIFY(!SingleInstance(path).claim());
+            QTRY_COMPARE(told.size(), 2);
+        }
+        QVERIFY(SingleInstance(path).claim());
+    }
+
+    void anotherFolderIsAnotherClient() {
+        const QString path = SingleInstance::defaultPath();
+        QCOMPARE(SingleInstance::defaultPath(), path);
+        qputenv("XDG_DATA_HOME", m_folder.path().toUtf8() + QByteArray(200, 'd'));
+        QVERIFY(SingleInstance::defaultPath() != path);
+        QVERIFY(SingleInstance::defaultPath().size() == path.size());
+    }
+
+    void aSocketWithoutAProcessIsNobody() {
+        const QString path = m_folder.filePath("b");
+        leaveSocket(path);
+        QVERIFY(QFile::exists(path));
+        SingleInstance next(path);
+        QVERIFY(next.claim());
+        QVERIFY(!SingleInstance(path).claim());
+    }
+
+    void whereNoSocketCanBeEveryoneIsTheFirst() {
+        for (const QString &path : {m_folder.filePath(QString(150, u'x')), m_folder.filePath("none/c")}) {
+            SingleInstance one(path);
+            SingleInstance other(path);
+            QVERIFY2(one.claim() && other.claim(), qPrintable(path));
+        }
+    }
 
 private:
     QTemporaryDir m_folder;
 };
-
-void TestSingleInstance::theFirstIsToldOfEveryOther() {
-    const QString path = m_folder.filePath(u"a"_s);
-    {
-        SingleInstance first(path);
-        QSignalSpy told(&first, &SingleInstance::windowWanted);
-        QVERIFY(first.claim());
-        QVERIFY(!SingleInstance(path).claim());
-        QTRY_COMPARE(told.size(), 1);
-        QVERIFY(!SingleInstance(path).claim());
-        QTRY_COMPARE(told.size(), 2);
-    }
-    QVERIFY(SingleInstance(path).claim());
-}
-
-void TestSingleInstance::anotherFolderIsAnotherClient() {
-    const QString path = SingleInstance::defaultPath();
-    QCOMPARE(SingleInstance::defaultPath(), path);
-    qputenv("XDG_DATA_HOME", m_folder.path().toUtf8() + QByteArray(200, 'd'));
-    QVERIFY(SingleInstance::defaultPath() != path);
-    QVERIFY(SingleInstance::defaultPath().size() == path.size());
-}
-
-void TestSingleInstance::aSocketWithoutAProcessIsNobody() {
-    const QString path = m_folder.filePath(u"b"_s);
-    leaveSocket(path);
-    QVERIFY(QFile::exists(path));
-    SingleInstance next(path);
-    QVERIFY(next.claim());
-    QVERIFY(!SingleInstance(path).claim());
-}
-
-void TestSingleInstance::whereNoSocketCanBeEveryoneIsTheFirst_data() {
-    QTest::addColumn<QString>("path");
-    QTest::newRow("too long") << m_folder.filePath(QString(150, u'x'));
-    QTest::newRow("no folder") << m_folder.filePath(u"none/c"_s);
-}
-
-void TestSingleInstance::whereNoSocketCanBeEveryoneIsTheFirst() {
-    QFETCH(QString, path);
-    SingleInstance one(path);
-    SingleInstance other(path);
-    QVERIFY(one.claim());
-    QVERIFY(other.claim());
-}
 
 ORVANE_TEST_MAIN(TestSingleInstance)
 #include "tst_single_instance.moc"

@@ -37,22 +37,16 @@ inline QString nameOf(const std::exception &error) {
     return QString::fromUtf8(error.what());
 }
 
-template <typename T>
-QCoro::Task<Outcome<T>> settle(QCoro::Task<T> task) {
-    Outcome<T> outcome;
+template <typename T, typename Value = std::conditional_t<std::is_void_v<T>, bool, T>>
+QCoro::Task<Outcome<Value>> settle(QCoro::Task<T> task) {
+    Outcome<Value> outcome;
     try {
-        outcome.value.emplace(co_await task);
-    } catch (const std::exception &error) {
-        outcome.failure = nameOf(error);
-    }
-    co_return outcome;
-}
-
-inline QCoro::Task<Outcome<bool>> settle(QCoro::Task<void> task) {
-    Outcome<bool> outcome;
-    try {
-        co_await task;
-        outcome.value = true;
+        if constexpr (std::is_void_v<T>) {
+            co_await task;
+            outcome.value = true;
+        } else {
+            outcome.value.emplace(co_await task);
+        }
     } catch (const std::exception &error) {
         outcome.failure = nameOf(error);
     }

@@ -2,12 +2,10 @@
 #pragma once
 
 #include "Base/Json.h"
-#include "Conversation/Chat/ChatNotificationBridge.h"
 #include "Server/MessengerAPI.h"
 #include "Server/MessengerWebSocket.h"
 #include "Session/MessengerSession.h"
 #include "Support/FaultySecretStore.h"
-#include "Support/RecordingNotifications.h"
 #include "Support/RecordingSocketServer.h"
 #include "Support/ScriptedHttpServer.h"
 
@@ -27,8 +25,6 @@ struct ClientParts {
                              std::make_unique<UserDefaults>(folder.filePath(u"defaults.ini"_s))};
     MessengerAPI api{http.base(), session};
     MessengerWebSocket socket{events.url(), {}};
-    std::shared_ptr<RecordingNotifications::Notes> notes = std::make_shared<RecordingNotifications::Notes>();
-    ChatNotificationBridge notifications{std::make_unique<RecordingNotifications>(notes)};
 
     /// User 7 with the token "tok".
     void signIn() {

@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// Made first for each row of a table that a test walks itself: after a failure it names the row.
+/// Names the row of a table that a test walks itself, where it fails in it.
 class InRow {
 public:
     explicit InRow(const QByteArray &name)
@@ -21,3 +21,9 @@ private:
 };
 
 } // namespace orvane
+
+/// First in each row's turn: after a failed row no other one is looked at, since waiting is over by then.
+#define IN_ROW(NAME)                                                                                         \
+    if (QTest::currentTestFailed())                                                                          \
+        return;                                                                                              \
+    const orvane::InRow inRow(NAME)

@@ -4,6 +4,7 @@
 #include "Conversation/Chat/ChatParts.h"
 #include "Server/HttpAnswer.h"
 #include "Support/ClientParts.h"
+#include "Support/RecordingNotifications.h"
 
 #include <QCoreApplication>
 #include <QNetworkReply>
@@ -48,6 +49,8 @@ struct OpenChatParts : ClientParts {
         }
     }
 
+    std::shared_ptr<RecordingNotifications::Notes> notes = std::make_shared<RecordingNotifications::Notes>();
+    ChatNotificationBridge notifications{std::make_unique<RecordingNotifications>(notes)};
     std::shared_ptr<Engines> engines = std::make_shared<Engines>(*this);
     MessengerOfflineQueue &queue = engines->queue;
     NotificationCentre &centre = engines->centre;

@@ -4,33 +4,11 @@ when its dialog opens, which is answered on standard input: "open" unlocks it, "
 
 import json
 import sys
+from pathlib import Path
 
 from gi.repository import Gio, GLib
 
-INTERFACES = Gio.DBusNodeInfo.new_for_xml(
-    """<node>
-<interface name="org.freedesktop.Secret.Service">
-  <method name="OpenSession"><arg type="s" direction="in"/><arg type="v" direction="in"/>
-    <arg type="v" direction="out"/><arg type="o" direction="out"/></method>
-  <method name="SearchItems"><arg type="a{ss}" direction="in"/>
-    <arg type="ao" direction="out"/><arg type="ao" direction="out"/></method>
-  <method name="Unlock"><arg type="ao" direction="in"/><arg type="ao" direction="out"/><arg type="o" direction="out"/></method>
-  <method name="GetSecrets"><arg type="ao" direction="in"/><arg type="o" direction="in"/>
-    <arg type="a{o(oayays)}" direction="out"/></method>
-  <method name="ReadAlias"><arg type="s" direction="in"/><arg type="o" direction="out"/></method>
-</interface>
-<interface name="org.freedesktop.Secret.Collection">
-  <property name="Locked" type="b" access="read"/>
-</interface>
-<interface name="org.freedesktop.Secret.Item">
-  <property name="Locked" type="b" access="read"/>
-</interface>
-<interface name="org.freedesktop.Secret.Prompt">
-  <method name="Prompt"><arg type="s" direction="in"/></method>
-  <method name="Dismiss"/>
-  <signal name="Completed"><arg type="b"/><arg type="v"/></signal>
-</interface></node>"""
-)
+INTERFACES = Gio.DBusNodeInfo.new_for_xml(Path(__file__).with_suffix(".xml").read_text())
 ROOT = "/org/freedesktop/secrets"
 COLLECTION = ROOT + "/collection/login"
 PROMPT = ROOT + "/prompt/p1"

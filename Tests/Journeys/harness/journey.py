@@ -1,23 +1,20 @@
 # SPDX-License-Identifier: MIT
 """The frame of one journey: what is started before it and ended after it, and what it leaves on failure."""
 
-import json
 import os
 import re
 import shutil
 import sys
 import tempfile
 import unittest
-import urllib.request
 from pathlib import Path
 
 from . import processes
 from .person import Person
 from .screen import ENTRIES, FOCUSED, LISTS, ROWS
-from .server import HomeServer
+from .server import PASSWORD, HomeServer
 
 BUILD = Path(os.environ["ORVANETALK_BUILD"])
-PASSWORD = "correct-horse-9"
 
 
 class Journey(unittest.TestCase):
@@ -38,37 +35,43 @@ class Journey(unittest.TestCase):
         self.people.append(person)
         return person
 
-    def call(self, path: str, body: dict | None = None, token: str = "") -> dict:
-        """One request to the home server, past the client."""
-        request = urllib.request.Request(self.server.http + path, method="POST" if body is not None else "GET")
-        request.add_header("Content-Type", "application/json")
-        if token:
-            request.add_header("Authorization", "Bearer " + token)
-        data = json.dumps(body).encode() if body is not None else None
-        with urllib.request.urlopen(request, data, timeout=20) as answer:
-            return json.load(answer)
-
     def sign_in(self, name: str) -> dict:
         """`token` and `user` of a device beside the client."""
-        return self.call("/api/auth/login", {"username": name, "password": PASSWORD, "device_id": "another"})
+        return self.server.call("/api/auth/login", {"username": name, "password": PASSWORD, "device_id": "another"})
 
-    def meet(self, one: str, other: str) -> None:
-        """A direct chat of two who have registered."""
+    def meet(self, one: str, other: str, group: str | None = None) -> None:
+        """A direct chat of two who have registered, or a group of that title."""
         first, second = self.sign_in(one), self.sign_in(other)
+        chat = {"type": "group" if group else "direct", "title": group}
         people = {"user_id": first["user"]["id"], "participants": [second["user"]["id"]]}
-        self.call("/api/messenger/chats", people | {"type": "direct", "title": None}, first["token"])
+        self.server.call("/api/messenger/chats", chat | people, first["token"])
 
     def register(self, person: Person) -> None:
         """Through the window, up to the main screen."""
         screen = person.open_client()
+        screen.button("Нет аккаунта? Зарегистрироваться")
+        self.look_over(person, "sign-in")
         screen.button("Нет аккаунта? Зарегистрироваться").press()
         screen.entry("Имя для отображения")
+        self.look_over(person, "registration")
         person.fill("Логин", person.name)
         person.fill("Пароль", PASSWORD)
         person.fill("Имя для отображения", person.name.title())
         person.click(screen.button("Создать аккаунт"))
         screen.find(LISTS, "Chats")
         screen.find(ROWS, "Lobby(,.*)?")
+
+    def registered(self, *people: Person) -> None:
+        """They have been there once."""
+        for person in people:
+            self.register(person)
+            person.close_client()
+
+    def enter_by_password(self, person: Person) -> None:
+        person.screen.button("Нет аккаунта? Зарегистрироваться")
+        person.fill("Логин", person.name)
+        person.fill("Пароль", PASSWORD)
+        person.key("Return")
 
     def open_chat(self, person: Person, chat: str) -> None:
         """By a pattern for the beginning of its row's name."""
@@ -80,14 +83,17 @@ class Journey(unittest.TestCase):
 
         processes.eventually(f"{chat} is open", opened)
 
-    def picture(self, person: Person, name: str) -> None:
-        """For whoever wants to look: kept only where ORVANETALK_PICTURES names a folder."""
-        if folder := os.environ.get("ORVANETALK_PICTURES"):
-            person.take_picture(Path(folder) / f"{name}.png")
+    def say(self, speaker: Person, text: str, *listeners: Person) -> None:
+        """Written where the cursor stands, sent by Enter, and heard by all."""
+        speaker.type(text)
+        speaker.key("Return")
+        speaker.screen.find(ROWS, f"You, {re.escape(text)}, .*, sent")
+        for listener in listeners:
+            listener.screen.find(ROWS, f".*, {re.escape(text)}, .*, received")
 
-    def assert_all_named(self, person: Person, screen_name: str) -> None:
-        unnamed = person.screen.unnamed()
-        self.assertEqual([], unnamed, f"controls without a name on the {screen_name} screen")
+    def look_over(self, person: Person, what: str) -> None:
+        """A person who hears the screen meets nothing on it without a name."""
+        self.assertEqual([], person.screen.unnamed(), f"controls without a name: {what}")
 
     def run(self, result: unittest.TestResult | None = None) -> unittest.TestResult | None:
         self._result = result or self.defaultTestResult()
@@ -95,6 +101,10 @@ class Journey(unittest.TestCase):
 
     def tearDown(self) -> None:
         if not any(test is self for test, _ in self._result.failures + self._result.errors):
+            # Whoever is still there leaves in order.
+            for person in self.people:
+                if person.has_client:
+                    person.close_client()
             return
         evidence = BUILD / "journeys" / self.id()
         evidence.mkdir(parents=True, exist_ok=True)

@@ -14,7 +14,7 @@ def run(command: str) -> str:
 
 def alone() -> None:
     """Starts this program again where it can make networks, and becomes that. Where it may not, the test is skipped."""
-    if "--alone" not in sys.argv:
+    if "ORVANETALK_ALONE" not in os.environ:
         apart = ["unshare", "--net", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc"]
         # Names of namespaces are files, which may not stay behind.
         attempt = [*apart, "sh", "-c", "mount -t tmpfs tmpfs /run && mkdir /run/netns && ip netns add attempt"]
@@ -22,8 +22,8 @@ def alone() -> None:
         if refused.returncode != 0:
             print("Skipped, since no network can be made here:", refused.stderr.strip())
             sys.exit(SKIPPED)
-        os.execvp(apart[0], [*apart, sys.executable, "-B", sys.argv[0], "--alone", *sys.argv[1:]])
-    sys.argv.remove("--alone")
+        os.environ["ORVANETALK_ALONE"] = "1"
+        os.execvp(apart[0], [*apart, *sys.orig_argv])
     run("mount -t tmpfs tmpfs /run")
     os.mkdir("/run/netns")
     run("ip link set lo up")

@@ -2,16 +2,19 @@
 """One person at a desk of their own: home, display, session bus, keyring, and the client in a window."""
 
 import os
-import signal
+import re
 import subprocess
 from pathlib import Path
 
 from . import processes
-from .bus import keyring, start_assistive_technology, start_bus, start_keyring
+from .bus import start_assistive_technology, start_bus, start_keyring
 from .screen import Node, Screen
 from .server import HomeServer
 
 DESKTOP_VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "QT_QPA_PLATFORM")
+
+FOLDERS = {"HOME": "home", "XDG_RUNTIME_DIR": "run"}
+FOLDERS |= {f"XDG_{name.upper()}_HOME": name for name in ("config", "data", "cache")}
 
 
 class Person:
@@ -27,14 +30,10 @@ class Person:
         self.started_by: list[str] = []
         self._client: subprocess.Popen | None = None
         self._screen: Screen | None = None
+        self._pictures = 0
 
         self.environment = {key: value for key, value in os.environ.items() if key not in DESKTOP_VARIABLES}
         self.environment |= {
-            "HOME": str(self.home),
-            "XDG_CONFIG_HOME": str(folder / "config"),
-            "XDG_DATA_HOME": str(folder / "data"),
-            "XDG_CACHE_HOME": str(folder / "cache"),
-            "XDG_RUNTIME_DIR": str(folder / "run"),
             "LANG": "C.UTF-8",
             "LIBGL_ALWAYS_SOFTWARE": "1",
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
@@ -45,24 +44,22 @@ class Person:
         if processes.SLOWNESS > 1:
             # The sanitizers need not look at what the driver makes up as it goes.
             self.environment["QT_QUICK_BACKEND"] = "software"
-        for variable in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"):
-            Path(self.environment[variable]).mkdir(parents=True, mode=0o700)
+        for variable, name in FOLDERS.items():
+            (folder / name).mkdir(parents=True, mode=0o700)
+            self.environment[variable] = str(folder / name)
         self._start_desktop()
 
     def _start_desktop(self) -> None:
         reading, writing = os.pipe()
-        processes.start(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self._screen_size}x24", "-nolisten", "tcp", "-noreset"],
-            self.environment,
-            self.folder / "display.log",
-            pass_fds=(writing,),
-        )
+        command = ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{self._screen_size}x24"]
+        command += ["-nolisten", "tcp", "-noreset"]
+        processes.start(command, self.environment, self.folder / "display.log", pass_fds=(writing,))
         os.close(writing)
         with open(reading, "rb") as stream:
             self.environment["DISPLAY"] = ":" + processes.first_line(stream, "Xvfb")
         run = self.folder / "run"
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = start_bus(run, self.environment)
-        self._keyring = start_keyring(run, self.environment)
+        self.keyring = start_keyring(run, self.environment)
         self._accessibility = start_assistive_technology(run, self.environment)
         processes.start(["openbox"], self.environment, self.folder / "openbox.log")
         processes.eventually("the window manager is up", lambda: self.xdotool("get_num_desktops", fails=True))
@@ -75,8 +72,12 @@ class Person:
 
     def open_client(self) -> Screen:
         self._client = processes.start([*self.started_by, str(self._program)], self.environment, self.folder / "client.log")
-        self._screen = Screen(self._accessibility)
+        self._screen = Screen(self._accessibility, self._keep_picture)
         return self._screen
+
+    @property
+    def has_client(self) -> bool:
+        return self._client is not None
 
     @property
     def screen(self) -> Screen:
@@ -116,19 +117,6 @@ class Person:
         log = self.folder / "client.log"
         return log.read_text(errors="replace") if log.exists() else ""
 
-    def pause_keyring(self) -> None:
-        """It takes questions and answers none."""
-        self._keyring.send_signal(signal.SIGSTOP)
-
-    def resume_keyring(self) -> None:
-        self._keyring.send_signal(signal.SIGCONT)
-
-    def end_keyring(self) -> None:
-        processes.end(self._keyring)
-
-    def keyring(self) -> dict[str, bytes]:
-        return keyring(self.environment["DBUS_SESSION_BUS_ADDRESS"])
-
     def click(self, node: Node, button: int = 1) -> None:
         x, y = node.middle()
         self.xdotool("mousemove", str(x), str(y), "click", str(button))
@@ -150,6 +138,13 @@ class Person:
         (folder / f"{self.name}.log").write_text(self.client_log())
         if self._screen:
             (folder / f"{self.name}.txt").write_text(self._screen.dump())
+
+    def _keep_picture(self, found: str) -> None:
+        """Of each thing that was found, where ORVANETALK_PICTURES names a folder for whoever wants to look."""
+        if folder := os.environ.get("ORVANETALK_PICTURES"):
+            self._pictures += 1
+            words = re.sub(r"[^\w ]+", "", found)
+            self.take_picture(Path(folder) / f"{self.name}-{self._pictures:03}-{words}.png")
 
     def take_picture(self, path: Path) -> None:
         subprocess.run(["import", "-window", "root", str(path)], env=self.environment, timeout=30, check=True)

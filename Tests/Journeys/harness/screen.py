@@ -2,22 +2,25 @@
 """What is on a screen, as assistive technology sees it."""
 
 import re
-from typing import Iterator
+from typing import Callable, Iterator
 
 from gi.repository import Gio, GLib
 
-from .processes import SLOWNESS, eventually
+from . import bus
+from .processes import eventually
 
 BUTTONS = {"push button", "button", "toggle button", "radio button", "check box", "link"}
 ENTRIES = {"entry", "text", "password text"}
 LISTS = {"list"}
 ROWS = {"list item"}
-INTERACTIVE = BUTTONS | ENTRIES | LISTS | ROWS | {"combo box", "spin button", "slider", "menu item", "page tab"}
+TEXTS = {"label", "static", "text", "heading", "alert message"}
+MENU_ITEMS = {"menu item"}
+INTERACTIVE = BUTTONS | ENTRIES | LISTS | ROWS | MENU_ITEMS | {"combo box", "spin button", "slider", "page tab"}
 
 # Bits of an object's state set.
 CHECKED, ENABLED, FOCUSED, SELECTED, SENSITIVE, SHOWING, VISIBLE = 4, 8, 12, 23, 24, 25, 30
 
-SCREEN_COORDINATES = GLib.Variant("(u)", (0,))
+SCREEN_COORDINATES = GLib.Variant("u", 0)
 
 
 class Gone(Exception):
@@ -27,31 +30,19 @@ class Gone(Exception):
 class Node:
     """One object of the tree. Nothing is remembered: each question is asked of the client."""
 
-    def __init__(self, bus: Gio.DBusConnection, owner: str, path: str) -> None:
-        self._bus, self._owner, self._path = bus, owner, path
+    def __init__(self, connection: Gio.DBusConnection, owner: str, path: str) -> None:
+        self._bus, self._place = connection, owner + path
 
-    def _ask(self, interface: str, method: str, arguments: GLib.Variant | None = None):
-        if "." not in interface:
-            interface = "org.a11y.atspi." + interface
+    def _ask(self, interface: str, method: str, *arguments: GLib.Variant, kind: str = "org.a11y.atspi."):
         try:
-            return self._bus.call_sync(
-                self._owner,
-                self._path,
-                interface,
-                method,
-                arguments,
-                None,
-                Gio.DBusCallFlags.NONE,
-                int(10_000 * SLOWNESS),
-                None,
-            ).unpack()
+            return bus.call(self._bus, self._place, kind + interface, method, *arguments)
         except GLib.Error as problem:
-            raise Gone(f"{self._path}: {problem.message}") from None
+            raise Gone(f"{self._place}: {problem.message}") from None
 
     @property
     def name(self) -> str:
-        asked = GLib.Variant("(ss)", ("org.a11y.atspi.Accessible", "Name"))
-        return self._ask("org.freedesktop.DBus.Properties", "Get", asked)[0]
+        wanted = GLib.Variant("s", "org.a11y.atspi.Accessible"), GLib.Variant("s", "Name")
+        return self._ask("Properties", "Get", *wanted, kind="org.freedesktop.DBus.")[0]
 
     @property
     def role(self) -> str:
@@ -81,10 +72,10 @@ class Node:
         actions = [name for name, _, _ in self._ask("Action", "GetActions")[0]]
         if action not in actions:
             raise AssertionError(f"{self.name!r} has no {action}, only {actions}")
-        self._ask("Action", "DoAction", GLib.Variant("(i)", (actions.index(action),)))
+        self._ask("Action", "DoAction", GLib.Variant("i", actions.index(action)))
 
     def text(self) -> str:
-        return self._ask("Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
+        return self._ask("Text", "GetText", GLib.Variant("i", 0), GLib.Variant("i", -1))[0]
 
     def walk(self, depth: int = 0) -> Iterator[tuple[int, "Node"]]:
         """This object and all below it, but for what goes away meanwhile."""
@@ -106,8 +97,9 @@ class Node:
 class Screen:
     """The window of the one client on a person's accessibility bus."""
 
-    def __init__(self, bus: Gio.DBusConnection) -> None:
-        registry = Node(bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+    def __init__(self, connection: Gio.DBusConnection, found: Callable[[str], None]) -> None:
+        self._found = found
+        registry = Node(connection, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
         self.root = eventually("the client shows itself", registry.children, 30)[0]
 
     def nodes(self) -> Iterator[Node]:
@@ -124,7 +116,15 @@ class Screen:
         return None
 
     def find(self, roles: set[str], name: str, *states: int) -> Node:
-        return eventually(f"{'/'.join(sorted(roles))} {name!r} is shown", lambda: self.look(roles, name, *states))
+        node = eventually(f"{'/'.join(sorted(roles))} {name!r} is shown", lambda: self.look(roles, name, *states))
+        self._found(name)
+        return node
+
+    def wait_without(self, roles: set[str], name: str) -> None:
+        eventually(f"{'/'.join(sorted(roles))} {name!r} is gone", lambda: not self.look(roles, name))
+
+    def find_focused(self, entry: str) -> Node:
+        return self.find(ENTRIES, re.escape(entry), FOCUSED)
 
     def button(self, name: str) -> Node:
         return self.find(BUTTONS, re.escape(name), ENABLED)
