@@ -67,6 +67,11 @@ struct ChatWindow : OpenChatParts {
         screen->messages.append(record);
     }
 
+    void addNumbers(int count, const QString &sender = u"7"_s) const {
+        for (int number = 0; number < count; ++number)
+            add(QString::number(number), sender);
+    }
+
     QQuickItem *input() const { return view.item("placeholderText", "Message..."); }
 };
 

@@ -51,16 +51,11 @@ void changeAll(MessengerChatView &screen, int round) {
     const QString text = QString::number(round);
     MessengerMessage message;
     message.id = text;
-    message.senderID = u"9"_s;
-    screen.messages.append(message);
     for (const QMetaProperty &observable : observables()) {
         const QVariant before = observable.read(&screen);
-        if (!observable.isWritable())
-            continue;
         if (before.typeId() == QMetaType::Bool)
             observable.write(&screen, !before.toBool());
-        else if (before.typeId() == QMetaType::QString || before.typeId() == QMetaType::LongLong ||
-                 before.typeId() == QMetaType::QStringList)
+        else if (before.canConvert<QString>())
             observable.write(&screen, text);
     }
     screen.translatedText = QVariantMap{{text, text}};
@@ -81,34 +76,33 @@ class TestScreenAtOneAddress : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyObservableIsHeardOfEveryScreen();
-};
-
-void TestScreenAtOneAddress::everyObservableIsHeardOfEveryScreen() {
-    OpenChatParts parts;
-    QQmlEngine engine;
-    QQmlComponent component(&engine);
-    component.setData(watchers(), QUrl());
-    const std::unique_ptr<QObject> living(component.create());
-    QVERIFY2(living, qPrintable(component.errorString()));
-    QVERIFY(observables().size() > 20);
-    std::array<Place, 2> places;
-    std::shared_ptr<MessengerChatView> shown;
-    for (int round = 0; round < 200; ++round) {
-        const auto next = places[size_t(round % 2)].screen(parts, QString::number(round));
-        living->setProperty("screen", QVariant::fromValue<QObject *>(next.get()));
-        shown = next;
-        changeAll(*shown, round);
-        for (const QMetaProperty &observable : observables()) {
-            const QVariant seen = living->property(observable.name());
-            const QVariant there = observable.read(shown.get());
-            // What QML can't compare is compared by what it is.
-            QVERIFY2(seen == there || (seen.typeId() != there.typeId() && seen.isValid() == there.isValid()),
-                     qPrintable(u"%1, round %2"_s.arg(QLatin1StringView(observable.name())).arg(round)));
+    void everyObservableIsHeardOfEveryScreen() {
+        OpenChatParts parts;
+        QQmlEngine engine;
+        QQmlComponent component(&engine);
+        component.setData(watchers(), QUrl());
+        const std::unique_ptr<QObject> living(component.create());
+        QVERIFY2(living, qPrintable(component.errorString()));
+        QVERIFY(observables().size() > 20);
+        std::array<Place, 2> places;
+        std::shared_ptr<MessengerChatView> shown;
+        for (int round = 0; round < 200; ++round) {
+            const auto next = places[size_t(round % 2)].screen(parts, QString::number(round));
+            living->setProperty("screen", QVariant::fromValue<QObject *>(next.get()));
+            shown = next;
+            changeAll(*shown, round);
+            for (const QMetaProperty &observable : observables()) {
+                const QVariant seen = living->property(observable.name());
+                const QVariant there = observable.read(shown.get());
+                // What QML can't compare is compared by what it is.
+                QVERIFY2(seen == there ||
+                             (seen.typeId() != there.typeId() && seen.isValid() == there.isValid()),
+                         qPrintable(u"%1, round %2"_s.arg(QLatin1StringView(observable.name())).arg(round)));
+            }
         }
+        living->setProperty("screen", QVariant::fromValue<QObject *>(nullptr));
     }
-    living->setProperty("screen", QVariant::fromValue<QObject *>(nullptr));
-}
+};
 
 ORVANE_TEST_MAIN(TestScreenAtOneAddress)
 #include "tst_screen_at_one_address.moc"

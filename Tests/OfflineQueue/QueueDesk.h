@@ -15,7 +15,6 @@
 
 #include <csignal>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace orvane {
@@ -55,12 +54,12 @@ public:
     }
 
 private:
-    // Through the one descriptor: the file may not be this user's any more.
     QStringList all() const {
         std::fflush(stdout);
-        QByteArray bytes(m_file.size(), '\0');
-        bytes.truncate(::pread(m_file.handle(), bytes.data(), size_t(bytes.size()), 0));
-        return QString::fromUtf8(bytes).split(u'\n', Qt::SkipEmptyParts);
+        QFile file(m_file.fileName());
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("no log");
+        return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
     }
 
     const QString prefix = u"[OfflineQueue] "_s;
@@ -69,33 +68,21 @@ private:
 };
 
 /// What stands in the way of a file that is to be written.
-enum class Obstacle { nothing, storeRefuses, readOnlyFolder, fullDisk };
+enum class Obstacle { nothing, storeRefuses, fullDisk };
 
 class Obstructed {
 public:
-    Obstructed(Obstacle obstacle, const QString &folder, StoredSecrets &secrets)
+    Obstructed(Obstacle obstacle, StoredSecrets &secrets)
         : m_obstacle(obstacle)
-        , m_folder(folder.toUtf8())
         , m_secrets(secrets) {
         if (obstacle == Obstacle::storeRefuses)
             secrets.failingCall = secrets.calls.size();
-        if (obstacle == Obstacle::readOnlyFolder) {
-            // Nothing is read-only for root.
-            ::chmod(m_folder.constData(), 0555);
-            if (m_root && ::seteuid(65534) != 0)
-                qFatal("no other user");
-        }
         if (obstacle == Obstacle::fullDisk)
             limitFiles(8192);
     }
     ~Obstructed() {
         if (m_obstacle == Obstacle::storeRefuses)
             m_secrets.failingCall = -1;
-        if (m_obstacle == Obstacle::readOnlyFolder) {
-            if (m_root && ::seteuid(0) != 0)
-                qFatal("not root again");
-            ::chmod(m_folder.constData(), 0755);
-        }
         if (m_obstacle == Obstacle::fullDisk)
             limitFiles(RLIM_INFINITY);
     }
@@ -111,9 +98,7 @@ private:
     }
 
     Obstacle m_obstacle;
-    QByteArray m_folder;
     StoredSecrets &m_secrets;
-    bool m_root = ::geteuid() == 0;
 };
 
 /// Says what a test has it say.

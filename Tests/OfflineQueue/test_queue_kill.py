@@ -27,13 +27,10 @@ class Server:
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         self.base = self.process.stdout.readline().split("http=")[1].split()[0]
         self.token = ""
-        self.token = (anna := self.call("/api/auth/register", self.person("anna")))["token"]
-        self.user = anna["user"]["id"]
+        anna = self.call("/api/auth/register", {"username": "anna", "password": "secret-1", "device_id": "device-1"})
+        self.token, self.user = anna["token"], anna["user"]["id"]
         # The lobby has everybody in it, and a message there needs nobody else.
         self.chat = "lobby"
-
-    def person(self, name: str) -> dict:
-        return {"username": name, "password": "secret-1", "device_id": "device-1"}
 
     def call(self, path: str, body: dict | None = None) -> dict:
         data = None if body is None else json.dumps(body).encode()
@@ -82,12 +79,12 @@ class Queue:
 def main() -> None:
     chance = random.Random(SEED)
     stages: Counter[str] = Counter()
+    took, lists, durable, longest = 0.0, [[]], set(), 0
     with tempfile.TemporaryDirectory() as root:
         folder = Path(root) / "queue"
         folder.mkdir()
         server = Server(sys.argv[1], Path(root) / "server")
         try:
-            took, lists, durable, longest = 0.0, [[]], set(), 0
             for run in range(RUNS + 1):
                 queue = Queue(sys.argv[2], folder, server)
                 assert queue.found in lists, f"run {run}: found {queue.found}, not one of {lists}"
