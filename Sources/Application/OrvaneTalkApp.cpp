@@ -6,6 +6,7 @@
 #include "Base/NotificationCentre.h"
 #include "Encryption/CryptoSetup.h"
 #include "Platform/UnifiedPush.h"
+#include "Platform/UserNotifications.h"
 #include "Session/OrvaneTalkEndpoint.h"
 #include "Session/OrvaneTalkFeatureFlags.h"
 

@@ -3,6 +3,8 @@
 
 #include "Base/Json.h"
 #include "Base/Task.h"
+#include "LocalNetwork/DirectMessages.h"
+#include "Server/EventNames.h"
 
 #include <QPointer>
 
@@ -163,7 +165,7 @@ QCoro::Task<void> MessengerP2PLanService::tick() {
 void MessengerP2PLanService::subscribeSignaling() {
     disconnect(wsCancellable);
     wsCancellable = connect(&m_parts.socket, &MessengerWebSocket::events, this, [this](const WSEvent &event) {
-        if (event.type != u"p2p_signal"_s)
+        if (event.type != eventname::p2pSignal)
             return;
         const auto from = json::text(event.data, u"from");
         const QString kind = json::text(event.data, u"signal_type").value_or(QString());

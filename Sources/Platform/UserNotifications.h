@@ -6,6 +6,11 @@
 
 namespace orvane {
 
+using namespace Qt::StringLiterals;
+
+/// Posted when a chat is to be opened: `chat_id`.
+inline const auto orvaneOpenChat = u"orvaneOpenChat"_s;
+
 /// What a notification says. All texts are shown as they are, never as markup.
 struct NotificationContent {
     QString title;

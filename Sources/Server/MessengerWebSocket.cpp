@@ -3,6 +3,7 @@
 
 #include "Base/Json.h"
 #include "Base/LogLine.h"
+#include "Server/EventNames.h"
 #include "Session/OrvaneTalkEndpoint.h"
 
 #include <QElapsedTimer>
@@ -117,7 +118,7 @@ MessengerWebSocket::MessengerWebSocket(const QString &url, Timing timing, quint6
     , m_url(url)
     , m_timing(timing)
     , m_messageLimit(messageLimit) {
-    QObject::connect(&timer, &QTimer::timeout, this, [this] { send({{u"type"_s, u"ping"_s}}); });
+    QObject::connect(&timer, &QTimer::timeout, this, [this] { send({{u"type"_s, eventname::ping}}); });
     reconnectTimer.setSingleShot(true);
     QObject::connect(&reconnectTimer, &QTimer::timeout, this, &MessengerWebSocket::reconnect);
 }
@@ -143,7 +144,7 @@ void MessengerWebSocket::connect(const QString &token) {
     ws = new Connection(this);
     follow(*ws);
     // The first frame is the whole handshake: the token stands in no URL and no header.
-    send({{u"type"_s, u"auth"_s}, {u"token"_s, token}});
+    send({{u"type"_s, eventname::auth}, {u"token"_s, token}});
     ws->socket.open(url);
     QTimer::singleShot(m_timing.handshakeTimeout, &ws->socket, [socket = &ws->socket] {
         if (socket->state() == QAbstractSocket::ConnectingState)

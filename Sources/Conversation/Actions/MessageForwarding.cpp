@@ -34,12 +34,10 @@ void MessageForwarding::forwardTo(const MessengerChat &target) {
     const std::optional<MessengerMessage> message = messageToForward;
     if (!message)
         return;
-    const auto sender = m_chat.contacts.constFind(message->senderID);
     const QJsonObject forwardedFrom{
         {u"original_chat_id"_s, m_chat.chatID()},
         {u"original_sender_id"_s, message->senderID},
-        {u"original_sender_name"_s,
-         sender == m_chat.contacts.constEnd() ? message->senderID : sender->displayName},
+        {u"original_sender_name"_s, orvane::nameOf(message->senderID, m_chat.contacts, message->senderID)},
         {u"forwarded_at"_s, times::toUnixSeconds(QDateTime::currentDateTimeUtc())},
     };
     MessageCipher &cipher = m_chat.cipher;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Conversation/Chat/Conversation.h"
 
+#include "Model/Words.h"
 #include "Session/UserIdText.h"
 
 using namespace Qt::StringLiterals;
@@ -20,8 +21,7 @@ qint64 Conversation::userNumber() const {
 }
 
 QString Conversation::senderName(const QString &userID) const {
-    const auto sender = contacts.constFind(userID);
-    return sender == contacts.constEnd() ? u"Someone"_s : sender->displayName;
+    return nameOf(userID, contacts, u"Someone"_s);
 }
 
 QString Conversation::nameInChat(const QString &userID) const {
@@ -29,8 +29,7 @@ QString Conversation::nameInChat(const QString &userID) const {
 }
 
 QString Conversation::lineOf(const QString &content) {
-    constexpr qsizetype longest = 200;
-    return cipher.plainText(content).left(longest).simplified();
+    return asOneLine(cipher.plainText(content));
 }
 
 } // namespace orvane

@@ -5,7 +5,9 @@
 #include "Base/Json.h"
 #include "Base/Task.h"
 #include "Base/Times.h"
+#include "LocalNetwork/DirectMessages.h"
 #include "RichContent/PollVotes.h"
+#include "Server/EventNames.h"
 
 #include <algorithm>
 
@@ -46,16 +48,13 @@ void ChatEvents::followLocalNetwork() {
 void ChatEvents::handle(const WSEvent &event) {
     using Handler = void (ChatEvents::*)(const QJsonObject &);
     static const QHash<QString, Handler> handlers{
-        {u"messenger_message_edited"_s, &ChatEvents::edited},
-        {u"messenger_message_deleted"_s, &ChatEvents::deleted},
-        {u"messenger_reaction"_s, &ChatEvents::reaction},
-        {u"messenger_read_receipt"_s, &ChatEvents::readReceipt},
-        {u"poll_vote"_s, &ChatEvents::pollVote},
-        {u"typing"_s, &ChatEvents::typing},
+        {eventname::messageEdited, &ChatEvents::edited}, {eventname::messageDeleted, &ChatEvents::deleted},
+        {eventname::reaction, &ChatEvents::reaction},    {eventname::readReceipt, &ChatEvents::readReceipt},
+        {eventname::pollVote, &ChatEvents::pollVote},    {eventname::typing, &ChatEvents::typing},
     };
     if (json::text(event.data, u"chat_id") != m_chat.chatID())
         return;
-    if (event.type == "messenger_message"_L1) {
+    if (event.type == eventname::message) {
         if (const auto raw = json::object(event.data, u"message"))
             launch(receive(m_chat.shared_from_this(), *raw));
     } else if (const Handler handler = handlers.value(event.type)) {

@@ -3,6 +3,7 @@
 
 #include "Base/FreshId.h"
 #include "Base/Task.h"
+#include "Server/EventNames.h"
 
 #include <algorithm>
 
@@ -35,8 +36,9 @@ void sendReadReceipt(const Conversation &chat) {
                                    [&](const MessengerMessage &message) { return !chat.isOwn(message); });
     if (last == records.crend())
         return;
-    chat.parts.socket.send(
-        {{u"type"_s, u"read_receipt"_s}, {u"chat_id"_s, chat.chatID()}, {u"message_id"_s, last->id}});
+    chat.parts.socket.send({{u"type"_s, eventname::sendReadReceipt},
+                            {u"chat_id"_s, chat.chatID()},
+                            {u"message_id"_s, last->id}});
 }
 
 QCoro::Task<QList<MessengerMessage>> fetch(std::shared_ptr<Conversation> chat) {

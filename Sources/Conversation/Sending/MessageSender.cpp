@@ -5,6 +5,7 @@
 #include "Base/Task.h"
 #include "Base/Times.h"
 #include "Model/DerivedJson.h"
+#include "Server/EventNames.h"
 #include "Server/PostMessage.h"
 
 #include <QJsonDocument>
@@ -55,7 +56,7 @@ void MessageSender::votePoll(const MessengerPoll &poll) {
     m_chat.messages.changeAt(row, [&](MessengerMessage &message) { message.poll = poll; });
     for (const PollOption &option : poll.options) {
         if (option.voters.contains(m_chat.currentUserID))
-            m_chat.parts.socket.send({{u"type"_s, u"poll_vote"_s},
+            m_chat.parts.socket.send({{u"type"_s, eventname::pollVote},
                                       {u"user_id"_s, m_chat.currentUserID},
                                       {u"poll_id"_s, poll.id},
                                       {u"option_id"_s, option.id},
