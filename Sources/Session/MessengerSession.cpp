@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Session/MessengerSession.h"
 
+#include "Base/Json.h"
 #include "Base/Task.h"
 #include "Platform/ChosenSecretStore.h"
 
@@ -60,6 +61,12 @@ void MessengerSession::adoptSyncCursor(qint64 cursor) {
     defaults->set(u"ot_sync_cursor"_s, cursor);
 }
 
+void MessengerSession::adoptFederation(const QJsonObject &answer) {
+    if (const auto id = json::text(answer, u"matrix_id"))
+        matrixId = id;
+    m_features = announcedFeatures(answer);
+}
+
 void MessengerSession::logout() {
     dropped([this] { keychain.clear(); },
             "signing out must not fail, and the next sign-in overwrites the items");
@@ -68,6 +75,7 @@ void MessengerSession::logout() {
     currentUsername = std::nullopt;
     currentDisplayName = std::nullopt;
     matrixId = std::nullopt;
+    m_features.clear();
     // Last, so that whoever follows the switch finds a session without a user.
     isLoggedIn = false;
 }

@@ -4,6 +4,7 @@
 #include "Base/Observable.h"
 #include "Platform/UserDefaults.h"
 #include "Session/MessengerKeychain.h"
+#include "Session/ServerFeatures.h"
 
 #include <QMap>
 #include <QObject>
@@ -53,6 +54,12 @@ public:
     void adoptDeviceId(const QString &id);
     void adoptSyncCursor(qint64 cursor);
 
+    /// From the server's answer about the federation: the user's id there, if it is told, and what the server
+    /// announces.
+    void adoptFederation(const QJsonObject &answer);
+    /// Whether the home server has announced it. Nothing is, before the first answer.
+    bool offers(ServerFeature feature) const { return m_features.contains(feature); }
+
     /// Forgets the user. A store that refuses to delete is not reported.
     void logout();
 
@@ -62,6 +69,7 @@ private:
     void readUser();
 
     std::unique_ptr<UserDefaults> defaults;
+    ServerFeatures m_features;
 };
 
 } // namespace orvane
