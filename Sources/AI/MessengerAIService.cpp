@@ -43,6 +43,12 @@ Items itemsForReplies(const Messages &messages, const QString &myUserID) {
     return itemsOf(lastOf(messages, messagesForReplies), myUserID, assistant, user);
 }
 
+std::optional<QString> responseIn(const QByteArray &body) {
+    const auto object = json::readObject(body);
+    const auto response = object ? json::text(*object, u"response") : std::nullopt;
+    return response ? std::optional(response->trimmed()) : std::nullopt;
+}
+
 QStringList fewRepliesIn(const QJsonObject &answer) {
     return json::texts(answer, u"replies").value_or(QStringList()).mid(0, mostReplies);
 }
@@ -66,6 +72,10 @@ QString digestOf(const Messages &messages, const QString &myUserID) {
 
 } // namespace
 
+PersonaReplies PersonaReplies::from(const QJsonObject &answer) {
+    return {fewRepliesIn(answer), json::integer(answer, u"persona_samples").value_or(0)};
+}
+
 MessengerAIService::MessengerAIService(MessengerAPI &server, const QString &base, int timeoutMs)
     : api(base + u"/api/chat"_s)
     , m_server(server)
@@ -83,9 +93,7 @@ QCoro::Task<std::optional<QString>> MessengerAIService::askAI(QString prompt) {
     const HttpAnswer answer = co_await awaitAnswer(sharedNetwork().post(request, body));
     if (!answer.transportError.isNull())
         co_return std::nullopt;
-    const auto object = json::readObject(answer.body);
-    const auto response = object ? json::text(*object, u"response") : std::nullopt;
-    co_return response ? std::optional(response->trimmed()) : std::nullopt;
+    co_return responseIn(answer.body);
 }
 
 QCoro::Task<std::optional<QString>> MessengerAIService::translateText(QString text, QString to) {
@@ -127,8 +135,7 @@ QCoro::Task<PersonaReplies> MessengerAIService::generatePersonaReplies(Messages 
         co_return found;
     try {
         const QJsonObject answer = co_await m_server.personaReply(chatId, items);
-        found.replies = fewRepliesIn(answer);
-        found.samples = json::integer(answer, u"persona_samples").value_or(0);
+        found = PersonaReplies::from(answer);
     } catch (const std::exception &error) {
         logLine(u"[Persona] API error: "_s + localizedDescription(error));
     }

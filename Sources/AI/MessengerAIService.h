@@ -24,6 +24,9 @@ struct ChatAnalysis {
 struct PersonaReplies {
     QStringList replies;
     qint64 samples = 0;
+
+    /// At most three replies; none where there is no list of texts.
+    static PersonaReplies from(const QJsonObject &answer);
 };
 
 /// What the open chat asks of the server's AI. A chat works without AI, so no operation throws: a failure is

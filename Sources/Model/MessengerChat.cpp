@@ -14,10 +14,8 @@ QString MessengerChat::displayName(const QString &myUserID, const Contacts &cont
         return title ? u"🔒 "_s + *title : u"🔒 ZK Group"_s;
     if (title)
         return *title;
-    if (type == ChatType::direct) {
-        const auto peer = contacts.constFind(peerId(myUserID));
-        return peer == contacts.constEnd() ? u"?"_s : peer->displayName;
-    }
+    if (type == ChatType::direct)
+        return nameOf(peerId(myUserID), contacts, u"?"_s);
     return u"G %1"_s.arg(participants.size());
 }
 
@@ -32,6 +30,12 @@ QString MessengerChat::visibleName(const QString &myUserID, const Contacts &cont
 QString MessengerChat::hueId(const QString &myUserID) const {
     const QString peer = type == ChatType::direct ? peerId(myUserID) : QString();
     return peer.isEmpty() ? id : peer;
+}
+
+QString MessengerChat::symbol() const {
+    if (type == ChatType::group)
+        return u"person.3.fill"_s;
+    return type == ChatType::channel ? u"megaphone.fill"_s : QString();
 }
 
 QString MessengerChat::peerId(const QString &myUserID) const {

@@ -36,6 +36,8 @@ class MessengerChatSettings {
 class MessengerChat {
     Q_GADGET
     QML_VALUE_TYPE(messengerChat)
+    /// Of a group or a channel, in place of a person's initial; empty for a person.
+    Q_PROPERTY(QString symbol READ symbol)
     RECORD(MessengerChat, MESSENGER_CHAT)
 public:
     /// The name under which the chat is shown to `myUserID`.
@@ -49,6 +51,8 @@ public:
 
     /// The first participant other than `myUserID`, in groups too; empty when there is none.
     QString peerId(const QString &myUserID) const;
+
+    QString symbol() const;
 };
 
 } // namespace orvane

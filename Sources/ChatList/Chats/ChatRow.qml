@@ -10,7 +10,7 @@ Item {
     required property MessengerChatListView screen
     required property int index
     required property string chatID
-    required property string kind
+    required property string symbol
     required property string name
     required property string preview
     required property string time
@@ -84,7 +84,7 @@ Item {
         anchors { left: parent.left; leftMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
         hueId: root.hueID
         name: root.name
-        symbol: root.kind === "group" ? "person.3.fill" : root.kind === "channel" ? "megaphone.fill" : ""
+        symbol: root.symbol
         online: root.online
         ground: Theme.surface
     }

@@ -2,6 +2,7 @@
 #include "ChatList/Chats/ChatRows.h"
 
 #include "Interface/DisplayTimes.h"
+#include "Model/Words.h"
 
 #include <algorithm>
 
@@ -11,15 +12,8 @@ namespace orvane {
 
 namespace {
 
-// More than fits into the widest row, and little enough to lay out at once.
-constexpr qsizetype longestLine = 200;
-
-QString oneLine(const QString &text) {
-    return text.left(longestLine).simplified();
-}
-
 QString preview(const MessengerChat &chat) {
-    return chat.lastMessage ? oneLine(chat.lastMessage->content) : QString();
+    return chat.lastMessage ? asOneLine(chat.lastMessage->content) : QString();
 }
 
 } // namespace
@@ -34,9 +28,9 @@ QString ChatRows::displayName(const MessengerChat &chat) const {
 }
 
 QHash<int, QByteArray> ChatRows::roleNames() const {
-    return {{ChatIDRole, "chatID"},   {KindRole, "kind"},   {NameRole, "name"},
-            {PreviewRole, "preview"}, {TimeRole, "time"},   {UnreadCountRole, "unreadCount"},
-            {PinnedRole, "pinned"},   {HueIDRole, "hueID"}, {OnlineRole, "online"},
+    return {{ChatIDRole, "chatID"},   {SymbolRole, "symbol"}, {NameRole, "name"},
+            {PreviewRole, "preview"}, {TimeRole, "time"},     {UnreadCountRole, "unreadCount"},
+            {PinnedRole, "pinned"},   {HueIDRole, "hueID"},   {OnlineRole, "online"},
             {SpokenRole, "spoken"}};
 }
 
@@ -47,10 +41,10 @@ QVariant ChatRows::data(const QModelIndex &index, int role) const {
     switch (role) {
     case ChatIDRole:
         return chat.id;
-    case KindRole:
-        return rawText(chat.type);
+    case SymbolRole:
+        return chat.symbol();
     case NameRole:
-        return oneLine(visibleName(chat));
+        return asOneLine(visibleName(chat));
     case PreviewRole:
         return preview(chat);
     case TimeRole:
@@ -83,7 +77,7 @@ bool ChatRows::isOnline(const MessengerChat &chat) const {
 }
 
 QString ChatRows::spoken(const MessengerChat &chat) const {
-    QStringList words{oneLine(visibleName(chat))};
+    QStringList words{asOneLine(visibleName(chat))};
     if (chat.lastMessage)
         words << preview(chat);
     if (chat.unreadCount > 0)

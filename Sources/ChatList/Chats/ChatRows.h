@@ -12,8 +12,8 @@ class ChatRows : public SortedChats {
 public:
     enum Role {
         ChatIDRole = Qt::UserRole,
-        /// "direct", "group" or "channel".
-        KindRole,
+        /// In place of a person's initial; empty for a person.
+        SymbolRole,
         /// In one line, no longer than a row can show; so is the last message, which is empty without one.
         NameRole,
         PreviewRole,

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/Finding/MessageSearch.h"
 
-#include "Base/FreshId.h"
-#include "Base/Json.h"
 #include "Base/Task.h"
-#include "ChatList/People/NameOf.h"
 
 namespace orvane {
 
@@ -34,22 +31,10 @@ QCoro::Task<void> MessageSearch::search(std::shared_ptr<MessageSearch> self, QSt
     const std::optional<QList<QJsonObject>> found = co_await dropped(
         self->m_api.globalSearch(query, self->m_session.userIdText()), "what was found before stays");
     if (found) {
-        const QDateTime now = QDateTime::currentDateTimeUtc();
         QList<SearchHit> hits;
-        for (const QJsonObject &record : *found) {
-            const auto chatID = json::text(record, u"chat_id");
-            const auto content = json::text(record, u"content");
-            const auto senderID = json::text(record, u"sender_id");
-            if (!chatID || !content || !senderID)
-                continue;
-            SearchHit hit;
-            hit.id = freshId();
-            hit.chatID = *chatID;
-            hit.senderName = nameOf(*senderID, self->m_contacts, *senderID);
-            hit.content = *content;
-            hit.timestamp = now;
-            hits.append(hit);
-        }
+        for (const QJsonObject &record : *found)
+            if (const auto hit = SearchHit::from(record, self->m_contacts))
+                hits.append(*hit);
         self->searchResults.assign(hits);
     }
     self->isSearchingMessages = false;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/Organising/Channels.h"
 
-#include "Base/Json.h"
 #include "Base/Task.h"
 #include "ChatList/Organising/ChatAnswer.h"
 
@@ -30,27 +29,18 @@ QCoro::Task<void> Channels::load(Self self) {
     if (!records)
         co_return;
     QList<MessengerChat> loaded;
-    for (const QJsonObject &record : *records) {
-        const auto id = json::text(record, u"id");
-        if (!id)
-            continue;
-        const auto title = json::text(record, u"title");
-        MessengerChat channel = newChat(*id, ChatType::channel, QString());
-        channel.title = title ? title : json::text(record, u"name");
-        loaded.append(channel);
-    }
+    for (const QJsonObject &record : *records)
+        if (const auto channel = listedChannel(record))
+            loaded.append(*channel);
     self->channels.assign(loaded);
 }
 
 QCoro::Task<void> Channels::create(Self self, QString title) {
     const std::optional<QJsonObject> answer = co_await dropped(
         self->m_api.createChannel(title, self->m_session.userIdText()), "no channel appears");
-    if (!answer)
-        co_return;
-    const QJsonObject channel = unwrapped(*answer, u"channel");
-    if (const auto id = chatIdIn(channel); id && self->channels.rowOf(*id) < 0)
-        self->channels.insert(0,
-                              newChat(*id, ChatType::channel, json::text(channel, u"title").value_or(title)));
+    const auto channel = answer ? createdChannel(*answer, title) : std::nullopt;
+    if (channel && self->channels.rowOf(channel->id) < 0)
+        self->channels.insert(0, *channel);
 }
 
 } // namespace orvane

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/Organising/NewGroup.h"
 
-#include "Base/Json.h"
 #include "Base/Task.h"
-#include "ChatList/Organising/Blanks.h"
 #include "ChatList/Organising/ChatAnswer.h"
+#include "Model/Words.h"
 
 using namespace Qt::StringLiterals;
 
@@ -20,16 +19,6 @@ QStringList remoteIdsIn(const QString &text) {
             ids.append(id);
     }
     return ids;
-}
-
-MessengerChat groupIn(const QJsonObject &map, const QString &id, const QString &title,
-                      const QStringList &participants) {
-    MessengerChat chat = newChat(id, ChatType::group, json::text(map, u"title").value_or(title));
-    chat.participants = participants;
-    chat.federated = json::boolean(map, u"federated").value_or(false);
-    chat.zkMode = json::boolean(map, u"zk_mode").value_or(false);
-    chat.roomId = json::text(map, u"room_id");
-    return chat;
 }
 
 } // namespace
@@ -60,15 +49,13 @@ QCoro::Task<void> NewGroup::create(Self self, Draft draft) {
     const std::optional<QJsonObject> answer = co_await dropped(self->request(draft), "no group appears");
     if (!answer)
         co_return;
-    const QJsonObject map = unwrapped(*answer, u"chat");
-    const auto id = chatIdIn(map);
-    if (!id)
+    const auto chat = createdGroup(*answer, titleOf(draft), draft.participants);
+    if (!chat)
         co_return;
-    const MessengerChat chat = groupIn(map, *id, titleOf(draft), draft.participants);
-    if (self->m_encryption && !chat.zkMode)
-        dropped([&] { self->m_encryption->crypto().createGroupKey(*id, draft.participants); },
+    if (self->m_encryption && !chat->zkMode)
+        dropped([&] { self->m_encryption->crypto().createGroupKey(chat->id, draft.participants); },
                 "the run ends at whoever has no session, and the key stays");
-    Q_EMIT self->created(chat);
+    Q_EMIT self->created(*chat);
 }
 
 QCoro::Task<QJsonObject> NewGroup::request(const Draft &draft) {

@@ -40,10 +40,7 @@ Sheet {
         boundsBehavior: Flickable.StopAtBounds
         Accessible.role: Accessible.List
         Accessible.name: "Participants"
-        model: {
-            void root.screen.contactsRevision;
-            return root.screen.people();
-        }
+        model: root.screen.people
         delegate: ParticipantRow {
             required property messengerUser modelData
 

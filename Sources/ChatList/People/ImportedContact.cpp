@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/People/ImportedContact.h"
 
-#include "ChatList/Organising/Blanks.h"
 #include "Encryption/Primitives.h"
+#include "Model/Words.h"
 
 #include <QSet>
 

@@ -3,6 +3,7 @@
 
 #include "Base/FreshId.h"
 #include "Base/Json.h"
+#include "Model/Words.h"
 
 namespace orvane {
 
@@ -10,11 +11,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// More than fits into the widest row, and little enough to lay out at once.
-constexpr int longestText = 200;
-
 QString lineOf(const std::optional<QString> &text) {
-    return text.value_or(QString()).left(longestText).simplified();
+    return asOneLine(text.value_or(QString()));
 }
 
 ListedPerson listedPerson(const QJsonObject &record) {

@@ -26,10 +26,8 @@ Column {
         symbol: "bookmark.fill"
         title: "Saved Messages"
         subtitle: "Your personal space"
-        isOpen: {
-            void root.screen.savedChatID;
-            return root.screen.isSavedChat(root.screen.selectedChatID);
-        }
+        isOpen: root.screen.selectedChatID === root.screen.savedChatID
+                || root.screen.selectedChatID === root.screen.localSavedChatID
         onActivated: root.screen.openSavedChat()
     }
     SidebarRow {
@@ -78,7 +76,7 @@ Column {
             symbol: "magnifyingglass"
             tint: Theme.dimmed
             title: record.senderName
-            subtitle: record.content.slice(0, 200).replace(/\s+/g, " ")
+            subtitle: record.line
             onActivated: root.screen.selectedChatID = record.chatID
         }
     }

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/Screen/MessengerChatListView.h"
 
-#include "Base/FreshId.h"
 #include "Base/Json.h"
 #include "Base/MakeScreen.h"
 #include "Base/NotificationCentre.h"
 #include "Base/Task.h"
 #include "ChatList/Organising/ChatAnswer.h"
-#include "ChatList/People/NameOf.h"
 #include "Model/MessengerMock.h"
+#include "Platform/UserNotifications.h"
+#include "Server/EventNames.h"
 
 #include <QJSEngine>
 
@@ -25,39 +25,11 @@ namespace {
 constexpr qint64 highestBadge = 99;
 constexpr auto nobodyKnows = "nobody knows of any";
 
-MessengerUser contactOf(const QJsonObject &record, const QString &id) {
-    MessengerUser user;
-    user.id = id;
-    user.username = json::text(record, u"username");
-    user.displayName = json::text(record, u"display_name").value_or(user.username.value_or(QString()));
-    user.status = json::text(record, u"status") == "online"_L1 ? UserStatus::online : UserStatus::offline;
-    return user;
-}
-
-/// Of the saved chat that stands in while the server gives none.
-QString localSavedChatID(const QString &user) {
-    return u"saved_"_s + user;
-}
-
 /// QML would otherwise delete what a call gives it.
 template <typename Screen>
 Screen *keptHere(const std::shared_ptr<Screen> &screen) {
     QJSEngine::setObjectOwnership(screen.get(), QJSEngine::CppOwnership);
     return screen.get();
-}
-
-MessengerMessage lastMessageOf(const QJsonObject &raw, const QString &chatID, const QString &senderID,
-                               const QString &content) {
-    MessengerMessage last;
-    last.id = json::text(raw, u"id").value_or(QString());
-    if (last.id.isEmpty())
-        last.id = freshId();
-    last.chatID = chatID;
-    last.senderID = senderID;
-    last.content = content;
-    last.timestamp = QDateTime::currentDateTimeUtc();
-    last.deliveryStatus = DeliveryStatus::sent;
-    return last;
 }
 
 } // namespace
@@ -122,12 +94,30 @@ QString MessengerChatListView::badge() const {
 void MessengerChatListView::openAssistant() {
     if (const MessengerChat *chat = assistantChat())
         selectedChatID = chat->id;
+    else if (const auto contact = assistantContact())
+        launch(openDirectChat(shared_from_this(), *contact));
 }
 
 const MessengerChat *MessengerChatListView::assistantChat() const {
-    return chats.findFirst([](const MessengerChat &candidate) {
+    const MessengerChat *chat = chats.findFirst([](const MessengerChat &candidate) {
         return candidate.participants.contains(MessengerMock::aiAssistant().id);
     });
+    const auto contact = chat ? std::nullopt : assistantContact();
+    if (!contact)
+        return chat;
+    return chats.findFirst([&contact](const MessengerChat &candidate) {
+        return candidate.type == ChatType::direct && candidate.participants.contains(*contact);
+    });
+}
+
+std::optional<QString> MessengerChatListView::assistantContact() const {
+    if (!m_parts.session.offers(ServerFeature::assistantContact))
+        return std::nullopt;
+    for (const MessengerUser &user : contacts) {
+        if (user.username == QLatin1StringView(assistantUsername))
+            return user.id;
+    }
+    return std::nullopt;
 }
 
 bool MessengerChatListView::isAssistantChat(const QString &chatID) const {
@@ -135,8 +125,8 @@ bool MessengerChatListView::isAssistantChat(const QString &chatID) const {
     return chat && chat->id == chatID;
 }
 
-bool MessengerChatListView::isSavedChat(const QString &chatID) const {
-    return savedChatID.value() == chatID || localSavedChatID(m_parts.session.userIdText()) == chatID;
+QString MessengerChatListView::localSavedChatID() const {
+    return u"saved_"_s + m_parts.session.userIdText();
 }
 
 void MessengerChatListView::openSavedChat() {
@@ -198,9 +188,8 @@ QCoro::Task<void> MessengerChatListView::syncDevice(Self self) {
     if (const auto cursor = json::integer(sync, u"cursor"))
         self->m_parts.session.adoptSyncCursor(*cursor);
     const QByteArray answer = co_await self->m_parts.api.get(u"/api/messenger/federation/info"_s);
-    const auto federation = json::readObject(answer);
-    if (const auto matrixId = federation ? json::text(*federation, u"matrix_id") : std::nullopt)
-        self->m_parts.session.matrixId = matrixId;
+    if (const auto federation = json::readObject(answer))
+        self->m_parts.session.adoptFederation(*federation);
 }
 
 QCoro::Task<void> MessengerChatListView::loadContactsAndChats(Self self) {
@@ -230,17 +219,34 @@ QCoro::Task<void> MessengerChatListView::findSavedChat(Self self) {
     const QString user = self->m_parts.session.userIdText();
     const std::optional<QJsonObject> answer =
         co_await dropped(self->m_parts.api.getOrCreateSavedChat(user), "there is still a chat to open");
-    const auto id = answer ? chatIdIn(unwrapped(*answer, u"chat")) : localSavedChatID(user);
+    const auto id = answer ? chatIdIn(*answer) : self->localSavedChatID();
     if (!id)
         co_return;
     if (answer)
         self->savedChatID = id;
-    if (!self->chats.find(*id)) {
-        MessengerChat saved = newChat(*id, ChatType::direct, u"Saved Messages"_s);
-        saved.participants = {user};
-        self->chats.insertFirst(saved);
-    }
-    self->selectedChatID = *id;
+    MessengerChat saved = newChat(*id, ChatType::direct, u"Saved Messages"_s);
+    saved.participants = {user};
+    self->openListed(saved);
+}
+
+QCoro::Task<void> MessengerChatListView::openDirectChat(Self self, QString userID) {
+    const QString me = self->m_parts.session.userIdText();
+    const QStringList others{userID};
+    const std::optional<QJsonObject> answer = co_await dropped(
+        self->m_parts.api.createChat(me, u"direct"_s, std::nullopt, others), "the row can be pressed again");
+    const auto id = answer ? chatIdIn(*answer) : std::nullopt;
+    if (!id)
+        co_return;
+    MessengerChat chat = newChat(*id, ChatType::direct, {});
+    chat.title = std::nullopt;
+    chat.participants = {me, userID};
+    self->openListed(chat);
+}
+
+void MessengerChatListView::openListed(const MessengerChat &chat) {
+    if (!chats.find(chat.id))
+        chats.insertFirst(chat);
+    selectedChatID = chat.id;
 }
 
 void MessengerChatListView::showPeople(const QList<QJsonObject> &records) {
@@ -249,8 +255,8 @@ void MessengerChatListView::showPeople(const QList<QJsonObject> &records) {
     const MessengerUser &assistant = MessengerMock::aiAssistant();
     contacts = {{me.id, me}, {assistant.id, assistant}};
     for (const QJsonObject &record : records) {
-        if (const auto id = json::text(record, u"id"))
-            contacts.insert(*id, contactOf(record, *id));
+        if (const auto user = MessengerUser::fromContact(record))
+            contacts.insert(user->id, *user);
     }
     contactsChanged();
     if (m_openChat)
@@ -284,45 +290,42 @@ void MessengerChatListView::filterChats() {
 }
 
 void MessengerChatListView::handleEvent(const WSEvent &event) {
-    if (event.type == "messenger_message"_L1)
-        handleNewMessage(event.data);
-    else if (event.type == "user_status"_L1)
-        handleUserStatus(event.data);
+    if (event.type == eventname::message) {
+        if (const auto arrived = ArrivedMessage::from(event.data))
+            handleNewMessage(*arrived);
+    } else if (event.type == eventname::userStatus) {
+        if (const auto change = PresenceChange::from(event.data))
+            handleUserStatus(*change);
+    }
 }
 
-void MessengerChatListView::handleNewMessage(const QJsonObject &event) {
-    const auto chatID = json::text(event, u"chat_id");
-    const auto raw = json::object(event, u"message");
-    const auto content = raw ? json::text(*raw, u"content") : std::nullopt;
-    const auto senderID = raw ? json::text(*raw, u"sender_id") : std::nullopt;
-    if (!chatID || !content || !senderID)
-        return;
-    const MessengerChat *known = chats.find(*chatID);
+void MessengerChatListView::handleNewMessage(const ArrivedMessage &arrived) {
+    const MessengerChat *known = chats.find(arrived.chatID);
     if (!known)
         return;
     MessengerChat chat = *known;
-    chat.lastMessage = lastMessageOf(*raw, chat.id, *senderID, *content);
+    chat.lastMessage = arrived.message;
     // The server may have said any number before.
-    if (selectedChatID.value() != *chatID && chat.unreadCount < std::numeric_limits<qint64>::max())
+    if (selectedChatID.value() != chat.id && chat.unreadCount < std::numeric_limits<qint64>::max())
         chat.unreadCount += 1;
     chats.replace(chat);
     updateDockBadge();
-    m_parts.notifications().notify(*chatID, chats.displayName(chat),
-                                   nameOf(*senderID, contacts, u"Someone"_s), *content);
+    m_parts.notifications().notify(chat.id, chats.displayName(chat),
+                                   nameOf(arrived.message.senderID, contacts, u"Someone"_s),
+                                   arrived.message.content);
 }
 
-void MessengerChatListView::handleUserStatus(const QJsonObject &event) {
-    const auto userID = json::text(event, u"user_id");
-    const auto status = json::text(event, u"status");
-    if (!userID || !status || !contacts.contains(*userID))
+void MessengerChatListView::handleUserStatus(const PresenceChange &change) {
+    const auto user = contacts.find(change.userID);
+    if (user == contacts.end())
         return;
-    contacts[*userID].status = *status == "online"_L1 ? UserStatus::online : UserStatus::offline;
+    user->status = change.status;
     contactsChanged();
 }
 
 void MessengerChatListView::contactsChanged() {
-    contactsRevision = contactsRevision + 1;
     chats.contactsChanged();
+    Q_EMIT peopleChanged();
 }
 
 void MessengerChatListView::openNewChat(const MessengerChat &chat) {

@@ -3,6 +3,7 @@
 
 #include "Base/Observable.h"
 #include "ChatList/Chats/ChatRows.h"
+#include "ChatList/Chats/ListEvents.h"
 #include "ChatList/Finding/MessageSearch.h"
 #include "ChatList/Finding/StarredMessagesView.h"
 #include "ChatList/Organising/Channels.h"
@@ -38,6 +39,10 @@ class MessengerChatListView : public QObject, public std::enable_shared_from_thi
     Q_PROPERTY(orvane::Folders *folders READ folders CONSTANT)
     /// The chat screen of `selectedChatID`; null while no known chat is selected.
     Q_PROPERTY(orvane::MessengerChatView *openChat READ openChat NOTIFY openChatChanged)
+    /// Everybody in `contacts`, by name.
+    Q_PROPERTY(QList<orvane::MessengerUser> people READ people NOTIFY peopleChanged)
+    /// Of the saved chat that stands in while the server gives none.
+    Q_PROPERTY(QString localSavedChatID READ localSavedChatID CONSTANT)
     /// What the application's badge says; empty for none.
     Q_PROPERTY(QString badge READ badge NOTIFY badgeChanged)
     Q_PROPERTY(qint64 unreadSum READ unreadSum NOTIFY badgeChanged)
@@ -53,8 +58,6 @@ class MessengerChatListView : public QObject, public std::enable_shared_from_thi
     OBSERVABLE(qint64, mentionsCount)
     /// Until the first list of chats is there.
     OBSERVABLE(bool, isLoading, true)
-    /// Grows with every change of `contacts`, for what depends on them.
-    OBSERVABLE(int, contactsRevision)
 
 public:
     /// What the screen and the chats that it opens stand on; it all outlives them.
@@ -86,13 +89,13 @@ public:
     /// chats.
     void loadData();
 
-    /// The first chat with the assistant, if there is one.
+    /// The first chat with the assistant, if there is one; where the server announces that the assistant is a
+    /// contact, the direct chat with that contact.
     Q_INVOKABLE void openAssistant();
     /// The user's own space, which the server makes at the first time; there is always one that opens.
     Q_INVOKABLE void openSavedChat();
-    /// Whether these two open that chat.
     Q_INVOKABLE bool isAssistantChat(const QString &chatID) const;
-    Q_INVOKABLE bool isSavedChat(const QString &chatID) const;
+    QString localSavedChatID() const;
     /// The row's chat by its place in the list, if there is one.
     Q_INVOKABLE void openRow(int row);
     /// The chat that stands `step` rows further than the open one.
@@ -104,8 +107,7 @@ public:
     /// On this machine only: the next list of the server brings it back.
     Q_INVOKABLE void deleteChat(const QString &chatID);
 
-    /// Everybody known, by name.
-    Q_INVOKABLE QList<orvane::MessengerUser> people() const;
+    QList<MessengerUser> people() const;
     /// A new sheet of starred messages; there is one at a time.
     Q_INVOKABLE orvane::StarredMessagesView *starredMessages();
     /// A new sheet of contacts, likewise.
@@ -115,6 +117,7 @@ public:
 
 Q_SIGNALS:
     void openChatChanged();
+    void peopleChanged();
     void badgeChanged();
 
 private:
@@ -125,6 +128,7 @@ private:
     static QCoro::Task<void> loadStarredCount(Self self);
     static QCoro::Task<void> loadMentionsCount(Self self);
     static QCoro::Task<void> findSavedChat(Self self);
+    static QCoro::Task<void> openDirectChat(Self self, QString userID);
 
     void observeWSEvents();
     void observeNotifications();
@@ -132,11 +136,13 @@ private:
     void showChats(QList<MessengerChat> loaded);
     void filterChats();
     void handleEvent(const WSEvent &event);
-    void handleNewMessage(const QJsonObject &event);
+    void handleNewMessage(const ArrivedMessage &arrived);
+    void handleUserStatus(const PresenceChange &change);
     void contactsChanged();
-    void handleUserStatus(const QJsonObject &event);
     void openNewChat(const MessengerChat &chat);
+    void openListed(const MessengerChat &chat);
     const MessengerChat *assistantChat() const;
+    std::optional<QString> assistantContact() const;
     void openSelectedChat();
     void updateDockBadge();
 

@@ -59,8 +59,7 @@ Sheet {
                     size: 36
                     hueId: root.forwarding.hueIdOf(row.modelData)
                     name: row.text
-                    symbol: row.modelData.type === "group" ? "person.3.fill"
-                          : row.modelData.type === "channel" ? "megaphone.fill" : ""
+                    symbol: row.modelData.symbol
                 }
                 PlainText {
                     anchors {

@@ -19,8 +19,7 @@ Item {
         anchors { left: parent.left; leftMargin: Theme.gap16; verticalCenter: parent.verticalCenter }
         hueId: root.screen.hueId
         name: root.screen.title
-        symbol: root.screen.chat.type === "group" ? "person.3.fill"
-              : root.screen.chat.type === "channel" ? "megaphone.fill" : ""
+        symbol: root.screen.chat.symbol
     }
     Column {
         anchors {

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
-#pragma once
-
-#include <QString>
+#include "Model/Words.h"
 
 namespace orvane {
 
-/// Without the spaces and tabs at both ends; line breaks stay.
-inline QString withoutBlanks(QString text) {
+QString withoutBlanks(QString text) {
     const auto isBlank = [](QChar c) { return c.category() == QChar::Separator_Space || c == u'\t'; };
     while (!text.isEmpty() && isBlank(text.front()))
         text.remove(0, 1);
