@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "Application/AuthAnswer.h"
 #include "Application/AuthView.h"
 #include "Support/ClientParts.h"
+#include "Support/HostileShapes.h"
 #include "Support/TestMain.h"
-
-#include <QSignalSpy>
-#include <QTcpServer>
 
 using namespace Qt::StringLiterals;
 
@@ -34,170 +33,159 @@ class TestAuthView : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theRequestIsExactlyTheForm_data();
     void theRequestIsExactlyTheForm();
-    void anEmptyFieldSendsNothing_data();
     void anEmptyFieldSendsNothing();
-    void everyFailureHasItsWords_data();
     void everyFailureHasItsWords();
-    void aServerThatIsNotThereIsANetworkError();
-    void silenceEndsInANetworkErrorAndTheFormCanBeSentAgain();
+    void answersAreReadKeyByKey();
+    void whatDoesNotComeBackIsANetworkErrorAndTheFormCanBeSentAgain();
     void anAddressThatIsNoUrlIsToldWithoutARequest();
     void aSuccessSignsInAndRegistersTheDevice();
-    void optionalKeysAreTakenOnlyInTheirType_data();
-    void optionalKeysAreTakenOnlyInTheirType();
-    void aStoreThatRefusesLeavesTheUserSignedOut_data();
+    void whatTheAnswerDoesNotTellStays();
     void aStoreThatRefusesLeavesTheUserSignedOut();
-    void keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice_data();
     void keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice();
     void keyringThatOpensMeanwhileWins();
     void flippingTheModeClearsTheError();
     void anAnswerAfterTheFormIsGoneIsHarmless();
 };
 
-void TestAuthView::theRequestIsExactlyTheForm_data() {
-    QTest::addColumn<bool>("registering");
-    QTest::addColumn<QString>("displayName");
-    QTest::addColumn<QByteArray>("target");
-    QTest::addColumn<QStringList>("keys");
-    const QStringList login{"device_id", "device_name", "password", "platform", "username"};
-    QStringList named = login;
-    named.insert(2, u"display_name"_s);
-    QTest::newRow("login") << false << QString() << QByteArray("/api/auth/login") << login;
-    QTest::newRow("login with a name left over") << false << "Anna" << QByteArray("/api/auth/login") << login;
-    QTest::newRow("register") << true << "Anna" << QByteArray("/api/auth/register") << named;
-    QTest::newRow("register without a name")
-        << true << QString() << QByteArray("/api/auth/register") << login;
-}
-
 void TestAuthView::theRequestIsExactlyTheForm() {
-    QFETCH(bool, registering);
-    QFETCH(QString, displayName);
-    QFETCH(QByteArray, target);
-    QFETCH(QStringList, keys);
-    ClientParts parts;
-    // A token from before must not travel with a sign-in.
-    parts.session.token = u"old"_s;
-    const auto view = form(parts);
-    view->isRegistering = registering;
-    view->displayName = displayName;
-    parts.http.answerNext(ScriptedAnswer::of(500));
-    submitAndWait(*view);
-    const RecordedRequest request = parts.http.requests().value(0);
-    QCOMPARE(request.method, QByteArray("POST"));
-    QCOMPARE(request.target, target);
-    QCOMPARE(request.headers.value("content-type"), QByteArray("application/json"));
-    QVERIFY(!request.headers.contains("authorization"));
-    const QJsonObject body = json::parseObject(request.body).value();
-    QCOMPARE(body.keys(), keys);
-    QCOMPARE(json::text(body, u"username"), u" Anna "_s);
-    QCOMPARE(json::text(body, u"password"), u"pass\"word"_s);
-    QCOMPARE(json::text(body, u"device_id"), parts.session.deviceId.value());
-    QCOMPARE(json::text(body, u"device_name"), u"Mac"_s);
-    QCOMPARE(json::text(body, u"platform"), u"macos"_s);
-}
-
-void TestAuthView::anEmptyFieldSendsNothing_data() {
-    QTest::addColumn<QString>("username");
-    QTest::addColumn<QString>("password");
-    QTest::newRow("no name") << QString() << "p";
-    QTest::newRow("no password") << "u" << QString();
-    QTest::newRow("neither") << QString() << QString();
+    const struct {
+        bool registering;
+        const char *displayName, *target;
+        bool named;
+    } rows[] = {
+        {false, "", "/api/auth/login", false},
+        {false, "Anna", "/api/auth/login", false},
+        {true, "Anna", "/api/auth/register", true},
+        {true, "", "/api/auth/register", false},
+    };
+    for (const auto &row : rows) {
+        const InRow named(QByteArray(row.target) + ' ' + row.displayName);
+        ClientParts parts;
+        // A token from before must not travel with a sign-in.
+        parts.session.token = u"old"_s;
+        const auto view = form(parts);
+        view->isRegistering = row.registering;
+        view->displayName = row.displayName;
+        parts.http.answerNext(ScriptedAnswer::of(500));
+        submitAndWait(*view);
+        const RecordedRequest request = parts.http.requests().value(0);
+        QCOMPARE(request.method, "POST");
+        QCOMPARE(request.target, row.target);
+        QCOMPARE(request.headers.value("content-type"), "application/json");
+        QVERIFY(!request.headers.contains("authorization"));
+        QJsonObject expected{{"username", " Anna "},
+                             {"password", "pass\"word"},
+                             {"device_id", parts.session.deviceId.value()},
+                             {"device_name", "Mac"},
+                             {"platform", "macos"}};
+        if (row.named)
+            expected.insert("display_name", "Anna");
+        QCOMPARE(json::parseObject(request.body).value(), expected);
+    }
 }
 
 void TestAuthView::anEmptyFieldSendsNothing() {
-    QFETCH(QString, username);
-    QFETCH(QString, password);
     ClientParts parts;
     const auto view = form(parts);
-    view->username = username;
-    view->password = password;
-    view->submit();
-    QVERIFY(!view->isLoading);
-    QVERIFY(view->errorMessage.value().isEmpty());
-}
-
-void TestAuthView::everyFailureHasItsWords_data() {
-    QTest::addColumn<bool>("registering");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("words");
-    const QByteArray badCredentials = R"({"error_code":"invalid_credentials"})";
-    const QString credentials = u"Неверный логин или пароль"_s;
-    const QString unusable = u"Неверный ответ сервера"_s;
-    const QString taken = u"Этот логин уже занят"_s;
-    const auto code = [](int n) { return u"Не удалось выполнить вход (код %1)"_s.arg(n); };
-
-    QTest::newRow("401 with code") << false << 401 << badCredentials << credentials;
-    QTest::newRow("401 without body") << false << 401 << QByteArray() << code(401);
-    QTest::newRow("401 with HTML") << false << 401 << QByteArray("<html>") << code(401);
-    QTest::newRow("409 register") << true << 409 << QByteArray("{}") << taken;
-    QTest::newRow("409 register, code first") << true << 409 << badCredentials << credentials;
-    QTest::newRow("409 login") << false << 409 << QByteArray() << code(409);
-    QTest::newRow("429") << false << 429 << QByteArray() << "Слишком много попыток. Повторите через минуту";
-    QTest::newRow("429, code first") << true << 429 << badCredentials << credentials;
-    QTest::newRow("400 login") << false << 400 << QByteArray("[]") << "Проверьте введённые данные";
-    QTest::newRow("400 register") << true << 400 << QByteArray() << "Проверьте введённые данные";
-    QTest::newRow("500") << true << 500 << QByteArray(R"({"error_code":7})") << code(500);
-    QTest::newRow("204") << false << 204 << QByteArray() << code(204);
-    QTest::newRow("another code") << false << 403 << QByteArray(R"({"error_code":"no"})") << code(403);
-
-    const QList<QPair<const char *, QByteArray>> unusableBodies{
-        {"empty", ""},
-        {"HTML", "<html>"},
-        {"half a JSON", R"({"token":"t","user":{"id":1,)"},
-        {"a list", "[1]"},
-        {"no token", R"({"user":{"id":1,"username":"u"}})"},
-        {"token as number", R"({"token":5,"user":{"id":1,"username":"u"}})"},
-        {"no user", R"({"token":"t"})"},
-        {"user as list", R"({"token":"t","user":[]})"},
-        {"id as text", R"({"token":"t","user":{"id":"12","username":"u"}})"},
-        {"id with a fraction", R"({"token":"t","user":{"id":1.5,"username":"u"}})"},
-        {"username as null", R"({"token":"t","user":{"id":1,"username":null}})"},
-    };
-    for (const auto &[name, body] : unusableBodies)
-        QTest::newRow(name) << false << 200 << body << unusable;
+    for (const auto &[username, password] : {std::pair("", "p"), {"u", ""}, {"", ""}}) {
+        view->username = username;
+        view->password = password;
+        view->submit();
+        QVERIFY(!view->isLoading);
+        QVERIFY(view->errorMessage.value().isEmpty());
+    }
 }
 
 void TestAuthView::everyFailureHasItsWords() {
-    QFETCH(bool, registering);
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    QFETCH(QString, words);
-    ClientParts parts;
-    const auto view = form(parts);
-    view->isRegistering = registering;
-    parts.http.answerNext(ScriptedAnswer::of(status, body));
-    submitAndWait(*view);
-    QCOMPARE(view->errorMessage.value(), words);
-    QVERIFY(!parts.session.isLoggedIn);
-    QVERIFY(parts.secrets->items.isEmpty());
+    const char *const badCredentials = R"({"error_code":"invalid_credentials"})";
+    const QString credentials = u"Неверный логин или пароль"_s;
+    const QString tooMany = u"Слишком много попыток. Повторите через минуту"_s;
+    const QString check = u"Проверьте введённые данные"_s;
+    const auto code = [](int n) { return u"Не удалось выполнить вход (код %1)"_s.arg(n); };
+    const struct {
+        bool registering;
+        int status;
+        const char *body;
+        QString words;
+    } rows[] = {
+        {false, 401, badCredentials, credentials},
+        {false, 401, "", code(401)},
+        {false, 401, "<html>", code(401)},
+        {true, 409, "{}", u"Этот логин уже занят"_s},
+        {true, 409, badCredentials, credentials},
+        {false, 409, "", code(409)},
+        {false, 429, "", tooMany},
+        {true, 429, badCredentials, credentials},
+        {false, 400, "[]", check},
+        {true, 400, "", check},
+        {true, 500, R"({"error_code":7})", code(500)},
+        {false, 204, "", code(204)},
+        {false, 403, R"({"error_code":"no"})", code(403)},
+        {false, 200, R"({"token":"t"})", u"Неверный ответ сервера"_s},
+    };
+    for (const auto &row : rows) {
+        const InRow named(QByteArray::number(row.status) + row.body +
+                          (row.registering ? " register" : " login"));
+        ClientParts parts;
+        const auto view = form(parts);
+        view->isRegistering = row.registering;
+        parts.http.answerNext(ScriptedAnswer::of(row.status, row.body));
+        submitAndWait(*view);
+        QCOMPARE(view->errorMessage.value(), row.words);
+        QVERIFY(!parts.session.isLoggedIn);
+        QVERIFY(parts.secrets->items.isEmpty());
+    }
 }
 
-void TestAuthView::aServerThatIsNotThereIsANetworkError() {
-    ClientParts parts;
-    QTcpServer unused;
-    QVERIFY(unused.listen(QHostAddress::LocalHost));
-    const QString base = u"http://127.0.0.1:%1"_s.arg(unused.serverPort());
-    unused.close();
-    const auto view = std::make_shared<AuthView>(parts.session, parts.api, base);
-    view->username = u"x"_s;
-    view->password = u"x"_s;
-    submitAndWait(*view);
+void TestAuthView::answersAreReadKeyByKey() {
+    const auto number = [](std::optional<qint64> value) { return value ? QString::number(*value) : u"-"_s; };
+    const auto read = [&](const QJsonObject &map) {
+        const auto answer = AuthAnswer::parse(json::compact(map));
+        return answer ? QStringList{answer->token,
+                                    QString::number(answer->userId),
+                                    answer->username,
+                                    answer->displayName,
+                                    answer->deviceId,
+                                    number(answer->syncCursor),
+                                    number(answer->maxDevices)}
+                            .join(u'/')
+                      : QString();
+    };
+    checkAgainstHostileShapes({
+        {"whole",
+         R"({"token":"t","user":{"id":1,"username":"u","display_name":"N"},"device":{"id":"d"},"sync_cursor":2,"max_devices":3})",
+         read, u"t/1/u/N/d/2/3"_s,
+         "token; user; user.id; user.username; device t/1/u/N//2/3; sync_cursor t/1/u/N/d/-/3; max_devices "
+         "t/1/u/N/d/2/-; user.display_name t/1/u/u/d/2/3; device.id t/1/u/N//2/3"},
+        {"an id as text", R"({"token":"t","user":{"id":"12","username":"u"}})", read, {}},
+        {"an id with a fraction", R"({"token":"t","user":{"id":1.5,"username":"u"}})", read, {}},
+        {"numbers as texts",
+         R"({"token":"","user":{"id":1,"username":"u"},"device":[],"sync_cursor":"8","max_devices":0.5})",
+         read, u"/1/u/u//-/-"_s},
+    });
+    for (const char *body : {"", "<html>", R"({"token":"t","user":{"id":1,)", "[1]"})
+        QVERIFY2(!AuthAnswer::parse(body), body);
+}
+
+void TestAuthView::whatDoesNotComeBackIsANetworkErrorAndTheFormCanBeSentAgain() {
     const QString start = u"Ошибка сети: "_s;
-    QVERIFY(view->errorMessage.value().startsWith(start));
-    QVERIFY(view->errorMessage.value().size() > start.size());
-}
-
-void TestAuthView::silenceEndsInANetworkErrorAndTheFormCanBeSentAgain() {
     ClientParts parts;
+    const QString nobody = std::make_unique<ScriptedHttpServer>()->base();
+    const auto unheard = std::make_shared<AuthView>(parts.session, parts.api, nobody);
+    unheard->username = u"x"_s;
+    unheard->password = u"x"_s;
+    submitAndWait(*unheard);
+    QVERIFY(unheard->errorMessage.value().startsWith(start));
+    QVERIFY(unheard->errorMessage.value().size() > start.size());
+
     const auto view = form(parts, 200);
     parts.http.answerNext(ScriptedAnswer::silence());
     view->submit();
     // While a request is under way a second press does nothing.
     view->submit();
     QTRY_VERIFY(!view->isLoading);
-    QVERIFY(view->errorMessage.value().startsWith(u"Ошибка сети: "_s));
+    QVERIFY(view->errorMessage.value().startsWith(start));
     QCOMPARE(parts.http.requests().size(), 1);
     parts.http.answerNext(ScriptedAnswer::of(200, success()));
     submitAndWait(*view);
@@ -240,81 +228,63 @@ void TestAuthView::aSuccessSignsInAndRegistersTheDevice() {
     QCOMPARE(defaults.integer(u"ot_sync_cursor"_s), 0);
 }
 
-void TestAuthView::optionalKeysAreTakenOnlyInTheirType_data() {
-    QTest::addColumn<QByteArray>("more");
-    QTest::newRow("absent") << QByteArray();
-    QTest::newRow("texts") << QByteArray(R"(,"sync_cursor":"8","max_devices":"8","device":{"id":8})");
-    QTest::newRow("fractions") << QByteArray(R"(,"sync_cursor":1.5,"max_devices":0.5,"device":[])");
-    QTest::newRow("empty device") << QByteArray(R"(,"device":{"id":""})");
-}
-
-void TestAuthView::optionalKeysAreTakenOnlyInTheirType() {
-    QFETCH(QByteArray, more);
-    ClientParts parts;
-    parts.session.adoptSyncCursor(55);
-    const QString device = parts.session.deviceId;
-    const auto view = form(parts);
-    const QByteArray body = R"({"token":"","user":{"id":12,"username":"anna","display_name":5})" + more + "}";
-    parts.http.answerNext(ScriptedAnswer::of(200, body));
-    submitAndWait(*view);
-    QVERIFY(parts.session.isLoggedIn);
-    QCOMPARE(parts.session.currentDisplayName.value(), u"anna"_s);
-    QCOMPARE(parts.session.syncCursor.value(), 55);
-    QCOMPARE(parts.session.maxDevices.value(), 4);
-    QCOMPARE(parts.session.deviceId.value(), device);
-}
-
-void TestAuthView::aStoreThatRefusesLeavesTheUserSignedOut_data() {
-    QTest::addColumn<int>("failingAdd");
-    QTest::addColumn<QStringList>("leftInStore");
-    QTest::newRow("token") << 0 << QStringList();
-    QTest::newRow("username") << 1 << QStringList{"auth_token"};
-    QTest::newRow("user id") << 2 << QStringList{"auth_token", "auth_username"};
+void TestAuthView::whatTheAnswerDoesNotTellStays() {
+    for (const char *more : {"", R"(,"device":{"id":""})"}) {
+        const InRow row(more);
+        ClientParts parts;
+        parts.session.adoptSyncCursor(55);
+        const QString device = parts.session.deviceId;
+        const auto view = form(parts);
+        parts.http.answerNext(ScriptedAnswer::of(200, success(more)));
+        submitAndWait(*view);
+        QVERIFY(parts.session.isLoggedIn);
+        QCOMPARE(parts.session.syncCursor.value(), 55);
+        QCOMPARE(parts.session.maxDevices.value(), 4);
+        QCOMPARE(parts.session.deviceId.value(), device);
+    }
 }
 
 void TestAuthView::aStoreThatRefusesLeavesTheUserSignedOut() {
-    QFETCH(int, failingAdd);
-    QFETCH(QStringList, leftInStore);
-    ClientParts parts;
-    const auto view = form(parts);
-    parts.http.answerNext(ScriptedAnswer::of(200, success()));
-    // Each item is removed, then added.
-    parts.secrets->failingCall = parts.secrets->calls.size() + 2 * failingAdd + 1;
-    submitAndWait(*view);
-    QVERIFY(!parts.session.isLoggedIn);
-    QVERIFY(!parts.session.token);
-    QVERIFY(view->errorMessage.value().startsWith(u"Ошибка сохранения: "_s));
-    QVERIFY(view->errorMessage.value().contains(QString::number(parts.secrets->failure)));
-    QVERIFY(!view->offersFile);
-    QCOMPARE(parts.secrets->items.keys(), leftInStore);
-}
-
-void TestAuthView::keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice_data() {
-    QTest::addColumn<qint32>("status");
-    QTest::addColumn<QString>("words");
-    QTest::newRow("gone") << SecretStatus::notAvailable << "There is no keyring on this desktop.";
-    QTest::newRow("locked") << SecretStatus::unanswered << "The keyring is locked or does not answer.";
+    const QStringList left[] = {{}, {u"auth_token"_s}, {u"auth_token"_s, u"auth_username"_s}};
+    for (int failingAdd = 0; failingAdd < 3; ++failingAdd) {
+        const InRow row(QByteArray::number(failingAdd));
+        ClientParts parts;
+        const auto view = form(parts);
+        parts.http.answerNext(ScriptedAnswer::of(200, success()));
+        // Each item is removed, then added.
+        parts.secrets->failingCall = parts.secrets->calls.size() + 2 * failingAdd + 1;
+        submitAndWait(*view);
+        QVERIFY(!parts.session.isLoggedIn);
+        QVERIFY(!parts.session.token);
+        QVERIFY(view->errorMessage.value().startsWith(u"Ошибка сохранения: "_s));
+        QVERIFY(view->errorMessage.value().contains(QString::number(parts.secrets->failure)));
+        QVERIFY(!view->offersFile);
+        QCOMPARE(parts.secrets->items.keys(), left[failingAdd]);
+    }
 }
 
 void TestAuthView::keyringThatIsAwayIsToldInWordsAndReplacedOnlyByChoice() {
-    QFETCH(qint32, status);
-    QFETCH(QString, words);
-    ClientParts parts;
-    parts.secrets->failure = status;
-    const auto view = form(parts);
-    for (int round = 0; round < 2; ++round) {
+    for (const auto &[status, words] :
+         {std::pair(SecretStatus::notAvailable, "There is no keyring on this desktop."),
+          {SecretStatus::unanswered, "The keyring is locked or does not answer."}}) {
+        const InRow row(words);
+        ClientParts parts;
+        parts.secrets->failure = status;
+        const auto view = form(parts);
+        for (int round = 0; round < 2; ++round) {
+            parts.http.answerNext(ScriptedAnswer::of(200, success()));
+            parts.secrets->failingCall = parts.secrets->calls.size() + 1;
+            submitAndWait(*view);
+            QCOMPARE(view->errorMessage.value(), u"Ошибка сохранения: "_s + words);
+            QVERIFY(view->offersFile);
+            QVERIFY(!parts.secrets->mayUseFile);
+        }
+        view->keepInFile = true;
         parts.http.answerNext(ScriptedAnswer::of(200, success()));
-        parts.secrets->failingCall = parts.secrets->calls.size() + 1;
         submitAndWait(*view);
-        QCOMPARE(view->errorMessage.value(), u"Ошибка сохранения: "_s + words);
-        QVERIFY(view->offersFile);
-        QVERIFY(!parts.secrets->mayUseFile);
+        QVERIFY(parts.secrets->mayUseFile);
+        QVERIFY(parts.session.isLoggedIn);
     }
-    view->keepInFile = true;
-    parts.http.answerNext(ScriptedAnswer::of(200, success()));
-    submitAndWait(*view);
-    QVERIFY(parts.secrets->mayUseFile);
-    QVERIFY(parts.session.isLoggedIn);
 }
 
 void TestAuthView::keyringThatOpensMeanwhileWins() {

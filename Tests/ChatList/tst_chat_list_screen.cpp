@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/Screen/MessengerChatListView.h"
+#include "Support/InRow.h"
 #include "Support/KnownAddressBook.h"
 #include "Support/OpenChatParts.h"
 #include "Support/ScreenWindow.h"
@@ -118,15 +119,13 @@ private Q_SLOTS:
     void theMenuIsTheRowsOwn();
     void aReusedRowIsThatOfItsChat();
     void theListIsWalkedByKeys();
-    void theMenuOpensWhereverTheFocusIsInTheList_data();
     void theMenuOpensWhereverTheFocusIsInTheList();
-    void foldersAreOfferedWhereThereAreSome();
     void whatIsNotShownIsNotTold();
     void aPlaceWithoutChatsSaysWhy();
     void theOpenRowIsToldApart();
-    void aChatLooksAlikeInTheListAndOpen_data();
     void aChatLooksAlikeInTheListAndOpen();
     void everySymbolHasATip();
+    void whatIsWrittenStaysInItsChat();
 };
 
 void TestChatListScreen::everyScreenIsDrawnInEveryTheme_data() {
@@ -224,12 +223,21 @@ void TestChatListScreen::theMenuIsTheRowsOwn() {
     QTRY_VERIFY(!window.view.showsAnywhere("text", "Unpin"));
     // The keyboard goes on where it was.
     QTRY_VERIFY(window.rowOf("5")->hasActiveFocus());
+    QTRY_VERIFY(window.list->folders()->chatFolders.count() == 2);
     menuOf("1");
-    QTRY_VERIFY(window.view.showsAnywhere("text", "Pin"));
+    QTRY_VERIFY(window.view.showsAnywhere("text", "Add to folder"));
     QTRY_VERIFY(window.view.isSettled());
     window.view.click("Delete");
     QTRY_VERIFY(!window.list->chats.find("1"));
     QVERIFY(window.list->chats.find("5"));
+    // The keys know of no entry that isn't there.
+    window.list->folders()->chatFolders.assign({});
+    menuOf("5");
+    QTRY_VERIFY(window.view.showsAnywhere("text", "Delete"));
+    QVERIFY(!window.view.showsAnywhere("text", "Add to folder"));
+    for (const int key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
+        window.view.press(key);
+    QTRY_VERIFY(!window.list->chats.find("5"));
 }
 
 void TestChatListScreen::aReusedRowIsThatOfItsChat() {
@@ -293,59 +301,30 @@ void TestChatListScreen::theListIsWalkedByKeys() {
     QVERIFY(up.size() > 1 && up.size() < 10);
 }
 
-void TestChatListScreen::theMenuOpensWhereverTheFocusIsInTheList_data() {
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("modifier");
-    QTest::newRow("Menu") << int(Qt::Key_Menu) << int(Qt::NoModifier);
-    QTest::newRow("Shift+F10") << int(Qt::Key_F10) << int(Qt::ShiftModifier);
-}
-
 void TestChatListScreen::theMenuOpensWhereverTheFocusIsInTheList() {
-    QFETCH(int, key);
-    QFETCH(int, modifier);
     Window window;
     QVERIFY(QTest::qWaitForWindowActive(&window.view));
     QTRY_VERIFY(window.rowOf("1"));
-    // As Tab comes into the list, and as it is after the list has been filled anew.
     QQuickItem *list = window.view.item("count", window.list->chats.count());
-    for (const char *search : {"", "Be", ""}) {
-        list->forceActiveFocus(Qt::TabFocusReason);
-        window.list->searchText = QLatin1StringView(search);
-        QTRY_COMPARE(list->property("count").toInt(), *search ? 1 : 11);
-        QTRY_VERIFY(window.view.activeFocusItem() != list);
-        window.view.press(key, Qt::KeyboardModifiers(modifier));
-        QTRY_VERIFY(window.view.showsAnywhere("text", "Pin"));
-        window.view.press(Qt::Key_Escape);
-        QTRY_VERIFY(!window.view.showsAnywhere("text", "Pin"));
-        QVERIFY(!window.view.activeFocusItem()->property("chatID").toString().isEmpty());
+    for (const auto &[key, modifier] :
+         {std::pair(Qt::Key_Menu, Qt::NoModifier), {Qt::Key_F10, Qt::ShiftModifier}}) {
+        // As Tab comes into the list, and as it is after the list has been filled anew.
+        for (const char *search : {"", "Be", ""}) {
+            list->forceActiveFocus(Qt::TabFocusReason);
+            window.list->searchText = QLatin1StringView(search);
+            QTRY_COMPARE(list->property("count").toInt(), *search ? 1 : 11);
+            QTRY_VERIFY(window.view.activeFocusItem() != list);
+            window.view.press(key, modifier);
+            QTRY_VERIFY(window.view.showsAnywhere("text", "Pin"));
+            window.view.press(Qt::Key_Escape);
+            QTRY_VERIFY(!window.view.showsAnywhere("text", "Pin"));
+            QVERIFY(!window.view.activeFocusItem()->property("chatID").toString().isEmpty());
+        }
+        // The menu of a chat is not that of a row which is none.
+        window.view.item("title", "Orvane AI")->forceActiveFocus();
+        window.view.press(key, modifier);
+        QVERIFY(!window.view.showsAnywhere("text", "Pin"));
     }
-    // The menu of a chat is not that of a row which is none.
-    window.view.item("title", "Orvane AI")->forceActiveFocus();
-    window.view.press(key, Qt::KeyboardModifiers(modifier));
-    QVERIFY(!window.view.showsAnywhere("text", "Pin"));
-}
-
-void TestChatListScreen::foldersAreOfferedWhereThereAreSome() {
-    Window window;
-    QVERIFY(QTest::qWaitForWindowActive(&window.view));
-    QTRY_VERIFY(window.rowOf("1") && window.list->folders()->chatFolders.count() == 2);
-    const auto openMenu = [&window] {
-        window.rowOf("1")->forceActiveFocus();
-        window.view.press(Qt::Key_Menu);
-        return QTest::qWaitFor([&] { return window.view.showsAnywhere("text", "Delete"); });
-    };
-    QVERIFY(openMenu());
-    QVERIFY(window.view.showsAnywhere("text", "Add to folder"));
-    window.view.press(Qt::Key_Escape);
-    QTRY_VERIFY(!window.view.showsAnywhere("text", "Delete"));
-    window.list->folders()->chatFolders.assign({});
-    QVERIFY(openMenu());
-    QVERIFY(!window.view.showsAnywhere("text", "Add to folder"));
-    // The keys know of no entry that isn't there.
-    window.view.press(Qt::Key_Down);
-    window.view.press(Qt::Key_Down);
-    window.view.press(Qt::Key_Return);
-    QTRY_VERIFY(!window.list->chats.find("1"));
 }
 
 void TestChatListScreen::whatIsNotShownIsNotTold() {
@@ -454,37 +433,32 @@ void TestChatListScreen::theOpenRowIsToldApart() {
                 .selected);
 }
 
-void TestChatListScreen::aChatLooksAlikeInTheListAndOpen_data() {
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QStringList>("participants");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("no name") << " " << QStringList{"7", "9"} << "Chat";
-    QTest::newRow("the own saved chat") << "Mine" << QStringList{"7"} << "Mine";
-    QTest::newRow("nobody known") << "Alone" << QStringList() << "Alone";
-}
-
 void TestChatListScreen::aChatLooksAlikeInTheListAndOpen() {
-    QFETCH(QString, title);
-    QFETCH(QStringList, participants);
-    QFETCH(QString, name);
     Window window;
     QTRY_VERIFY(window.rowOf("1"));
-    MessengerChat chat;
-    chat.id = "saved";
-    QVERIFY(window.view.tokens()->hueOf(chat.id) != window.view.tokens()->hueOf(QString()));
-    chat.title = title;
-    chat.participants = participants;
-    chat.updatedAt = QDateTime::currentDateTimeUtc();
-    window.list->chats.insertFirst(chat);
-    window.list->selectedChatID = "saved";
-    QTRY_VERIFY(window.view.item("placeholderText", "Message...") && window.rowOf("saved"));
-    QQuickItem *row = window.rowOf("saved");
-    QQuickItem *header = window.view.item("members", participants.contains("7") ? participants.size()
-                                                                                : participants.size() + 1);
-    QVERIFY(header && findItem(row, "text", name) && findItem(header, "text", name));
-    QVERIFY(window.view.accessible(name));
     const auto hue = [](QQuickItem *place) { return findItem(place, "size", 40)->property("color"); };
-    QCOMPARE(hue(header), hue(row));
+    // With no name, the own saved one, one with nobody known.
+    for (const auto &[title, participants] : {std::pair(u" "_s, QStringList{"7", "9"}),
+                                              {u"Mine"_s, QStringList{"7"}},
+                                              {u"Alone"_s, QStringList()}}) {
+        const InRow row(title.toUtf8());
+        const QString name = title == u" " ? u"Chat"_s : title;
+        MessengerChat chat;
+        chat.id = "of " + title;
+        QVERIFY(window.view.tokens()->hueOf(chat.id) != window.view.tokens()->hueOf(QString()));
+        chat.title = title;
+        chat.participants = participants;
+        chat.updatedAt = QDateTime::currentDateTimeUtc();
+        window.list->chats.insertFirst(chat);
+        window.list->selectedChatID = chat.id;
+        QTRY_VERIFY(window.view.item("placeholderText", "Message...") && window.rowOf(chat.id));
+        const auto members = participants.size() + (participants.contains("7") ? 0 : 1);
+        QQuickItem *header = nullptr;
+        QTRY_VERIFY((header = window.view.item("members", members)));
+        QVERIFY(findItem(window.rowOf(chat.id), "text", name) && findItem(header, "text", name));
+        QVERIFY(window.view.accessible(name));
+        QCOMPARE(hue(header), hue(window.rowOf(chat.id)));
+    }
 }
 
 void TestChatListScreen::everySymbolHasATip() {
@@ -500,6 +474,34 @@ void TestChatListScreen::everySymbolHasATip() {
         QTRY_VERIFY2((tip = window.view.tip(name)), name);
         QTRY_VERIFY(QRectF(QPointF(), window.view.size()).contains(tip->mapRectToScene(tip->boundingRect())));
         window.view.takePicture(name);
+    }
+}
+
+/// However quickly chats follow one another, and wherever their screens come to lie in memory.
+void TestChatListScreen::whatIsWrittenStaysInItsChat() {
+    Window window;
+    QVERIFY(QTest::qWaitForWindowActive(&window.view));
+    QTRY_VERIFY(!window.list->isLoading);
+    const auto input = [&] { return window.view.item("placeholderText", "Message..."); };
+    for (int round = 0; round < 60; ++round) {
+        const QString id = QString::number(1 + round % 6);
+        window.list->selectedChatID = id;
+        MessengerChatView *chat = window.list->openChat();
+        QCOMPARE(chat->chat.id, id);
+        QTRY_VERIFY(input() && input()->hasActiveFocus());
+        QCOMPARE(input()->property("text").toString(), QString());
+        // The history takes the place of what was there before it.
+        QTRY_VERIFY(!chat->isLoading);
+        window.view.type("here");
+        QCOMPARE(chat->inputText.value(), "here");
+        const int before = chat->messages.count();
+        window.view.press(Qt::Key_Return);
+        QCOMPARE(input()->property("text").toString(), QString());
+        QTRY_COMPARE(chat->messages.count(), before + 1);
+        QCOMPARE(chat->messages.at(before).content, "here");
+        // Panels follow their chat too.
+        chat->chatSummary = id + " in short";
+        QTRY_VERIFY(window.view.item("text", id + " in short"));
     }
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ChatList/Screen/MessengerChatListView.h"
+#include "Support/Await.h"
+#include "Support/InRow.h"
 #include "Support/OpenChatParts.h"
 #include "Support/TestMain.h"
 
@@ -71,14 +73,11 @@ class TestChatListView : public QObject {
 
 private Q_SLOTS:
     void startingUpDoesEachThingOnce();
-    void cursorAndIdentityAreTakenOnlyInTheirType_data();
     void cursorAndIdentityAreTakenOnlyInTheirType();
-    void contactsAreReadKeyByKey();
-    void withoutChatsTheSamplesStandIn_data();
+    void contactsStandBesideTheTwoThatAreAlwaysThere();
+    void theAssistantOpensWhereItIs();
     void withoutChatsTheSamplesStandIn();
     void aMessageMovesItsChatUpAndCounts();
-    void theOpenChatIsNotCounted();
-    void badEventsChangeNothing_data();
     void badEventsChangeNothing();
     void presenceFollowsTheEvents();
     void selectingOpensOneChatScreenAtATime();
@@ -101,70 +100,98 @@ void TestChatListView::startingUpDoesEachThingOnce() {
     QCOMPARE(defaults.integer(u"ot_sync_cursor"_s), 41);
 }
 
-void TestChatListView::cursorAndIdentityAreTakenOnlyInTheirType_data() {
-    QTest::addColumn<QByteArray>("sync");
-    QTest::addColumn<QByteArray>("federation");
-    QTest::addColumn<qint64>("cursor");
-    QTest::addColumn<bool>("asked");
-    QTest::newRow("cursor as text") << QByteArray(R"({"cursor":"9"})") << QByteArray(R"({"matrix_id":5})")
-                                    << qint64(5) << true;
-    QTest::newRow("smaller cursor") << QByteArray(R"({"cursor":-2})") << QByteArray("[]") << qint64(-2)
-                                    << true;
-    QTest::newRow("no JSON ends the task") << QByteArray("<") << QByteArray("{}") << qint64(5) << false;
-}
-
 void TestChatListView::cursorAndIdentityAreTakenOnlyInTheirType() {
-    QFETCH(QByteArray, sync);
-    QFETCH(QByteArray, federation);
-    QFETCH(qint64, cursor);
-    QFETCH(bool, asked);
-    Answers answers;
-    answers.sync = sync;
-    answers.federation = federation;
-    Screen screen(answers);
-    screen.session.adoptSyncCursor(5);
-    screen.load();
-    QTRY_COMPARE(screen.requestsTo("/api/messenger/federation/info"), asked ? 1 : 0);
-    QCOMPARE(screen.session.syncCursor.value(), cursor);
-    QVERIFY(!screen.session.matrixId.value());
+    const struct {
+        const char *sync, *federation;
+        qint64 cursor;
+        bool asks;
+    } rows[] = {
+        {R"({"cursor":"9"})", R"({"matrix_id":5})", 5, true},
+        {R"({"cursor":-2})", "[]", -2, true},
+        {R"({"cursor":1})", "<", 1, true},
+        // No JSON ends the task.
+        {"<", "{}", 5, false},
+    };
+    for (const auto &row : rows) {
+        const InRow named(row.sync);
+        Answers answers;
+        answers.sync = row.sync;
+        answers.federation = row.federation;
+        Screen screen(answers);
+        screen.session.adoptSyncCursor(5);
+        screen.load();
+        QTRY_COMPARE(screen.requestsTo("/api/messenger/federation/info"), row.asks ? 1 : 0);
+        QCOMPARE(screen.session.syncCursor.value(), row.cursor);
+        QVERIFY(!screen.session.matrixId.value());
+    }
 }
 
-void TestChatListView::contactsAreReadKeyByKey() {
+void TestChatListView::contactsStandBesideTheTwoThatAreAlwaysThere() {
     Answers answers;
-    answers.contacts = R"({"contacts":[{"id":5,"display_name":"number id"},
-        {"id":"1","username":"only_name"},{"id":"2","display_name":4,"username":"u2","status":"away"},
-        {"id":"3","display_name":"","status":"online"}]})";
+    answers.contacts = R"({"contacts":[{"id":5,"display_name":"number id"},{"id":"1","username":"zoe"}]})";
     Screen screen(answers);
     screen.load();
     const Contacts &contacts = screen.list->contacts;
-    QCOMPARE(contacts.size(), 5);
+    QCOMPARE(contacts.size(), 3);
     QCOMPARE(contacts.value(u"7"_s).displayName, u"Alex"_s);
     QVERIFY(contacts.value(u"ai_orvanetalk"_s).isAI);
-    QCOMPARE(contacts.value(u"1"_s).displayName, u"only_name"_s);
-    QCOMPARE(contacts.value(u"2"_s).displayName, u"u2"_s);
-    QCOMPARE(contacts.value(u"2"_s).status, UserStatus::offline);
-    QCOMPARE(contacts.value(u"3"_s).displayName, QString());
-    QCOMPARE(contacts.value(u"3"_s).status, UserStatus::online);
+    QStringList names;
+    for (const MessengerUser &user : screen.list->people())
+        names.append(user.displayName);
+    QCOMPARE(names, (QStringList{"Alex", "Orvane AI", "zoe"}));
 }
 
-void TestChatListView::withoutChatsTheSamplesStandIn_data() {
-    QTest::addColumn<QByteArray>("chats");
-    QTest::newRow("no chats") << QByteArray(R"({"chats":[]})");
-    QTest::newRow("one bad row spoils the list") << QByteArray(R"({"chats":[{"id":"a"},{"id":5}]})");
-    QTest::newRow("another key") << QByteArray("{}");
-    QTest::newRow("HTML") << QByteArray("<html>");
+void TestChatListView::theAssistantOpensWhereItIs() {
+    const QByteArray announced = R"({"features":["assistant-contact","of a later time"]})";
+    const QByteArray direct =
+        R"({"chats":[{"id":"g","type":"group","participants":[{"user_id":7},{"user_id":3}]},
+        {"id":"d","participants":[{"user_id":7},{"user_id":3}]},{"id":"b","participants":[{"user_id":9}]}]})";
+    const QByteArray none = R"({"chats":[{"id":"g","type":"group","participants":[{"user_id":3}]}]})";
+    const struct {
+        const char *name;
+        QByteArray federation, chats;
+        const char *opened;
+    } rows[] = {
+        {"announced", announced, direct, "d"},
+        {"announced, no chat with it yet", announced, none, "made"},
+        {"nothing announced", "{}", direct, ""},
+        {"another list", R"({"features":["assistant-contact",1]})", direct, ""},
+        {"the samples", "{}", "{}", "c3"},
+        {"the samples, announced", announced, "{}", "c3"},
+    };
+    for (const auto &row : rows) {
+        const InRow named(row.name);
+        Answers answers;
+        answers.federation = row.federation;
+        answers.chats = row.chats;
+        answers.contacts =
+            R"({"contacts":[{"id":"9","username":"ben"},{"id":"3","username":"ai_orvanetalk"}]})";
+        Screen screen(answers);
+        screen.load();
+        QTRY_COMPARE(screen.requestsTo("/api/messenger/federation/info"), 1);
+        outcomeOf(screen.api.get(u"/later"_s));
+        screen.http.answerNext(ScriptedAnswer::of(201, R"({"chat":{"id":"made"}})"));
+        screen.list->openAssistant();
+        if (!*row.opened)
+            outcomeOf(screen.api.get(u"/later"_s));
+        QTRY_COMPARE(screen.list->selectedChatID.value(), row.opened);
+        QCOMPARE(screen.list->isAssistantChat(row.opened), *row.opened != 0);
+        QVERIFY(!screen.list->isAssistantChat(u"g"_s));
+    }
 }
 
 void TestChatListView::withoutChatsTheSamplesStandIn() {
-    QFETCH(QByteArray, chats);
-    Answers answers;
-    answers.chats = chats;
-    Screen screen(answers);
-    screen.load();
-    QCOMPARE(screen.ids(), (QStringList{"c3", "c1", "c2", "c4"}));
-    // People of the samples whom nobody knows are left out.
-    QCOMPARE(screen.chat("c3").participants, QStringList{"ai_orvanetalk"});
-    QCOMPARE(screen.list->chats.displayName(screen.chat("c3")), u"Orvane AI"_s);
+    for (const char *chats : {R"({"chats":[]})", R"({"chats":[{"id":"a"},{"id":5}]})", "{}", "<html>"}) {
+        const InRow named(chats);
+        Answers answers;
+        answers.chats = chats;
+        Screen screen(answers);
+        screen.load();
+        QCOMPARE(screen.ids(), (QStringList{"c3", "c1", "c2", "c4"}));
+        // People of the samples whom nobody knows are left out.
+        QCOMPARE(screen.chat("c3").participants, QStringList{"ai_orvanetalk"});
+        QCOMPARE(screen.list->chats.displayName(screen.chat("c3")), u"Orvane AI"_s);
+    }
 }
 
 void TestChatListView::aMessageMovesItsChatUpAndCounts() {
@@ -181,48 +208,29 @@ void TestChatListView::aMessageMovesItsChatUpAndCounts() {
     QCOMPARE(screen.chat("old").unreadCount, 2);
     QCOMPARE(moves.size(), 1);
     QCOMPARE(resets.size() + removals.size(), 0);
-}
-
-void TestChatListView::theOpenChatIsNotCounted() {
-    Screen screen;
-    screen.load();
+    // The open one is not counted, and opening does not reset what was counted before.
     screen.list->selectedChatID = u"new"_s;
     screen.message("new");
-    // Opening does not reset what was counted before.
     QCOMPARE(screen.chat("new").unreadCount, 3);
     QCOMPARE(screen.chat("new").lastMessage->content, u"hello"_s);
 }
 
-void TestChatListView::badEventsChangeNothing_data() {
-    QTest::addColumn<QByteArray>("event");
-    QTest::newRow("unknown chat") << QByteArray(
-        R"({"type":"messenger_message","chat_id":"x","message":{"sender_id":"9","content":"c"}})");
-    QTest::newRow("chat as number") << QByteArray(
-        R"({"type":"messenger_message","chat_id":5,"message":{"sender_id":"9","content":"c"}})");
-    QTest::newRow("no message") << QByteArray(R"({"type":"messenger_message","chat_id":"old"})");
-    QTest::newRow("no content") << QByteArray(
-        R"({"type":"messenger_message","chat_id":"old","message":{"sender_id":"9"}})");
-    QTest::newRow("content as number") << QByteArray(
-        R"({"type":"messenger_message","chat_id":"old","message":{"sender_id":"9","content":1}})");
-    QTest::newRow("no sender") << QByteArray(
-        R"({"type":"messenger_message","chat_id":"old","message":{"content":"c"}})");
-    QTest::newRow("status of a stranger")
-        << QByteArray(R"({"type":"user_status","user_id":"99","status":"online"})");
-    QTest::newRow("status as number") << QByteArray(R"({"type":"user_status","user_id":"9","status":1})");
-    QTest::newRow("another type") << QByteArray(
-        R"({"type":"messenger_message_deleted","chat_id":"old","message_id":"m"})");
-}
-
 void TestChatListView::badEventsChangeNothing() {
-    QFETCH(QByteArray, event);
     Screen screen;
     screen.load();
     QSignalSpy moved(&screen.list->chats, &QAbstractItemModel::rowsMoved);
     QSignalSpy changed(&screen.list->chats, &QAbstractItemModel::dataChanged);
-    const int revision = screen.list->contactsRevision;
-    screen.arrive(event);
-    QCOMPARE(moved.size() + changed.size() + screen.notes->added.size(), 0);
-    QCOMPARE(screen.list->contactsRevision.value(), revision);
+    QSignalSpy people(screen.list.get(), &MessengerChatListView::peopleChanged);
+    for (const char *event :
+         {R"({"type":"messenger_message","chat_id":"x","message":{"sender_id":"9","content":"c"}})",
+          R"({"type":"messenger_message","chat_id":"old","message":{"sender_id":"9"}})",
+          R"({"type":"user_status","user_id":"99","status":"online"})",
+          R"({"type":"user_status","user_id":"9","status":1})",
+          R"({"type":"messenger_message_deleted","chat_id":"old","message_id":"m"})"}) {
+        screen.arrive(event);
+        QVERIFY2(moved.isEmpty() && changed.isEmpty() && people.isEmpty(), event);
+        QVERIFY2(screen.notes->added.isEmpty(), event);
+    }
 }
 
 void TestChatListView::presenceFollowsTheEvents() {

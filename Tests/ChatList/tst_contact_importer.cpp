@@ -2,6 +2,7 @@
 #include "ChatList/People/ContactImporter.h"
 #include "Support/Await.h"
 #include "Support/ClientParts.h"
+#include "Support/InRow.h"
 #include "Support/KnownAddressBook.h"
 #include "Support/TestMain.h"
 
@@ -34,15 +35,11 @@ class TestContactImporter : public QObject {
 
 private Q_SLOTS:
     void hashes();
-    void records_data();
     void records();
     void oneRecordANumber();
-    void pictures_data();
     void pictures();
-    void whatEndsAnImport_data();
     void whatEndsAnImport();
     void theServerIsToldOneByOne();
-    void theFirstErrorEndsTheSync_data();
     void theFirstErrorEndsTheSync();
     void aSecondImportIsNotKeptFromStarting();
 };
@@ -57,39 +54,41 @@ void TestContactImporter::hashes() {
              u"25f4b213274e11e1c2dde0e3c6f8c9fd264c86baf5eead720be98d91e728a330"_s);
 }
 
-void TestContactImporter::records_data() {
-    QTest::addColumn<QList<AddressBookPerson>>("people");
-    QTest::addColumn<QStringList>("expected");
-    const auto row = [](const char *name, const QList<AddressBookPerson> &people,
-                        const QStringList &expected) { QTest::newRow(name) << people << expected; };
-    row("only digits count", {person(u"A"_s, u"B"_s, {u"+7 (900) 123"_s})}, {u"A B:7900123"_s});
-    row("a country code is not made up", {person(u"A"_s, {}, {u"+7 (900) 123"_s, u"8900123"_s})},
-        {u"A:7900123"_s, u"A:8900123"_s});
-    row("written in two ways", {person(u"A"_s, {}, {u"+1 555"_s, u"1555"_s})}, {u"A:1555"_s});
-    row("no numbers", {person(u"A"_s, u"B"_s, {})}, {});
-    row("only punctuation", {person(u"A"_s, {}, {u"+ () -"_s, {}, u"#5"_s})}, {u"A:5"_s});
-    row("no name", {person(u" "_s, u"\t"_s, {u"1"_s})}, {});
-    row("only a family name", {person({}, u"B"_s, {u"1"_s})}, {u"B:1"_s});
-    row("a number on two cards", {person(u"Zoe"_s, {}, {u"1"_s}), person(u"Anna"_s, {}, {u"1"_s, u"2"_s})},
-        {u"Anna:1"_s, u"Anna:2"_s});
-    row("by given name, and equal ones as they come",
-        {person(u"Б"_s, u"2"_s, {u"1"_s}), person(u"А"_s, u"9"_s, {u"2"_s}),
-         person(u"Б"_s, u"1"_s, {u"3"_s})},
-        {u"А 9:2"_s, u"Б 2:1"_s, u"Б 1:3"_s});
-    row("digits of another script", {person(u"A"_s, {}, {u"٠١٢ 𝟏"_s})}, {u"A:٠١٢𝟏"_s});
-    row("right to left and emoji", {person(u"אבי"_s, u"👋🏽"_s, {u"1"_s})}, {u"אבי 👋🏽:1"_s});
-}
-
 void TestContactImporter::records() {
-    QFETCH(QList<AddressBookPerson>, people);
-    QFETCH(QStringList, expected);
-    QStringList hashed;
-    for (const QString &entry : expected)
-        hashed << entry.section(u':', 0, 0) + u':' + sha256Text(entry.section(u':', 1));
-    QStringList found;
-    for (const ImportedContact &contact : importedContacts(people))
-        found << contact.fullName + u':' + contact.hashedPhone;
-    QCOMPARE(found, hashed);
+    const struct {
+        const char *name;
+        QList<AddressBookPerson> people;
+        QStringList expected;
+    } rows[] = {
+        {"only digits count", {person(u"A"_s, u"B"_s, {u"+7 (900) 123"_s})}, {u"A B:7900123"_s}},
+        {"a country code is not made up",
+         {person(u"A"_s, {}, {u"+7 (900) 123"_s, u"8900123"_s})},
+         {u"A:7900123"_s, u"A:8900123"_s}},
+        {"written in two ways", {person(u"A"_s, {}, {u"+1 555"_s, u"1555"_s})}, {u"A:1555"_s}},
+        {"no numbers", {person(u"A"_s, u"B"_s, {})}, {}},
+        {"only punctuation", {person(u"A"_s, {}, {u"+ () -"_s, {}, u"#5"_s})}, {u"A:5"_s}},
+        {"no name", {person(u" "_s, u"\t"_s, {u"1"_s})}, {}},
+        {"only a family name", {person({}, u"B"_s, {u"1"_s})}, {u"B:1"_s}},
+        {"a number on two cards",
+         {person(u"Zoe"_s, {}, {u"1"_s}), person(u"Anna"_s, {}, {u"1"_s, u"2"_s})},
+         {u"Anna:1"_s, u"Anna:2"_s}},
+        {"by given name, and equal ones as they come",
+         {person(u"Б"_s, u"2"_s, {u"1"_s}), person(u"А"_s, u"9"_s, {u"2"_s}),
+          person(u"Б"_s, u"1"_s, {u"3"_s})},
+         {u"А 9:2"_s, u"Б 2:1"_s, u"Б 1:3"_s}},
+        {"digits of another script", {person(u"A"_s, {}, {u"٠١٢ 𝟏"_s})}, {u"A:٠١٢𝟏"_s}},
+        {"right to left and emoji", {person(u"אבי"_s, u"👋🏽"_s, {u"1"_s})}, {u"אבי 👋🏽:1"_s}},
+    };
+    for (const auto &row : rows) {
+        const InRow named(row.name);
+        QStringList hashed;
+        for (const QString &entry : row.expected)
+            hashed << entry.section(u':', 0, 0) + u':' + sha256Text(entry.section(u':', 1));
+        QStringList found;
+        for (const ImportedContact &contact : importedContacts(row.people))
+            found << contact.fullName + u':' + contact.hashedPhone;
+        QCOMPARE(found, hashed);
+    }
 }
 
 void TestContactImporter::oneRecordANumber() {
@@ -103,53 +102,47 @@ void TestContactImporter::oneRecordANumber() {
     QVERIFY(!contacts.at(2).organization && !contacts.at(2).avatar);
 }
 
-void TestContactImporter::pictures_data() {
-    QTest::addColumn<QByteArray>("picture");
-    QTest::addColumn<QString>("hash");
-    QTest::newRow("none") << QByteArray() << QString();
-    QTest::newRow("most") << QByteArray("\xFF\xD8\xFF\xE0") << u"e3b0c44298fc1c14"_s;
-    QTest::newRow("cut within a character") << QByteArray("\xD0") << u"e3b0c44298fc1c14"_s;
-    QTest::newRow("a text") << QByteArray("abc") << u"ba7816bf8f01cfea"_s;
-}
-
 void TestContactImporter::pictures() {
-    QFETCH(QByteArray, picture);
-    QFETCH(QString, hash);
-    ImportedContact contact{u"A"_s, {}, u"A"_s, u"h"_s, {}, {}, {}};
-    if (!picture.isEmpty())
-        contact.avatar = picture;
-    const ContactRecord record = contactRecord(contact);
-    QCOMPARE(record.avatarHash.value_or(QString()), hash);
-    QCOMPARE(record.id, u"h"_s);
-    QCOMPARE(record.phoneHash, u"h"_s);
-    QVERIFY(record.isFromAddressBook);
-}
-
-void TestContactImporter::whatEndsAnImport_data() {
-    QTest::addColumn<bool>("allowed");
-    QTest::addColumn<QList<AddressBookPerson>>("people");
-    QTest::addColumn<QString>("words");
-    const QList<AddressBookPerson> anna{person(u"A"_s, {}, {u"1"_s})};
-    QTest::newRow("denied") << false << anna << denied;
-    QTest::newRow("an empty book") << true << QList<AddressBookPerson>{} << nobody;
-    QTest::newRow("nobody with a number") << true << QList{person(u"A"_s, {}, {u"-"_s})} << nobody;
-    QTest::newRow("nothing ends it") << true << anna << QString();
+    for (const auto &[picture, hash] : {std::pair("", ""),
+                                        {"\xFF\xD8\xFF\xE0", "e3b0c44298fc1c14"},
+                                        // Cut within a character.
+                                        {"\xD0", "e3b0c44298fc1c14"},
+                                        {"abc", "ba7816bf8f01cfea"}}) {
+        const InRow row(picture);
+        ImportedContact contact{u"A"_s, {}, u"A"_s, u"h"_s, {}, {}, {}};
+        if (*picture)
+            contact.avatar = picture;
+        const ContactRecord record = contactRecord(contact);
+        QCOMPARE(record.avatarHash.value_or(QString()), hash);
+        QCOMPARE(record.id, u"h"_s);
+        QCOMPARE(record.phoneHash, u"h"_s);
+        QVERIFY(record.isFromAddressBook);
+    }
 }
 
 void TestContactImporter::whatEndsAnImport() {
-    QFETCH(bool, allowed);
-    QFETCH(QList<AddressBookPerson>, people);
-    QFETCH(QString, words);
-    Importer test;
-    test.importer.lastError = u"of an earlier one"_s;
-    test.book->allowed = allowed;
-    test.book->known = people;
-    const auto outcome = outcomeOf(test.importer.importContacts());
-    QCOMPARE(outcome.failure, words);
-    QCOMPARE(test.importer.lastError.value().value_or(QString()), words);
-    QCOMPARE(test.importer.importedCount.value(), words.isEmpty() ? 1 : 0);
-    QVERIFY(!test.importer.isImporting);
-    QCOMPARE(test.http.requests().size(), 0);
+    const QList<AddressBookPerson> anna{person(u"A"_s, {}, {u"1"_s})};
+    const struct {
+        bool allowed;
+        QList<AddressBookPerson> people;
+        QString words;
+    } rows[] = {{false, anna, denied},
+                {true, {}, nobody},
+                {true, {person(u"A"_s, {}, {u"-"_s})}, nobody},
+                {true, anna, {}}};
+    for (const auto &row : rows) {
+        const InRow named(row.words.toUtf8());
+        Importer test;
+        test.importer.lastError = u"of an earlier one"_s;
+        test.book->allowed = row.allowed;
+        test.book->known = row.people;
+        const auto outcome = outcomeOf(test.importer.importContacts());
+        QCOMPARE(outcome.failure, row.words);
+        QCOMPARE(test.importer.lastError.value().value_or(QString()), row.words);
+        QCOMPARE(test.importer.importedCount.value(), row.words.isEmpty() ? 1 : 0);
+        QVERIFY(!test.importer.isImporting);
+        QCOMPARE(test.http.requests().size(), 0);
+    }
 }
 
 void TestContactImporter::theServerIsToldOneByOne() {
@@ -171,25 +164,20 @@ void TestContactImporter::theServerIsToldOneByOne() {
         QVERIFY(!request.body.contains("+1 5"));
 }
 
-void TestContactImporter::theFirstErrorEndsTheSync_data() {
-    QTest::addColumn<bool>("lost");
-    QTest::addColumn<QString>("failure");
-    QTest::newRow("refused") << false << u"api 500"_s;
-    QTest::newRow("lost") << true << u"transport"_s;
-}
-
 void TestContactImporter::theFirstErrorEndsTheSync() {
-    QFETCH(bool, lost);
-    QFETCH(QString, failure);
-    Importer test;
-    test.book->known = {person(u"A"_s, {}, {u"1"_s, u"2"_s, u"3"_s})};
-    test.http.answerNext(ScriptedAnswer::of(200, "{}"));
-    test.http.answerNext(lost ? ScriptedAnswer::truncated("{") : ScriptedAnswer::of(500, "{}"));
-    QCOMPARE(outcomeOf(test.importer.importAndSync()).failure, failure);
-    QCOMPARE(test.requestsTo("/api/messenger/contacts/add"), 2);
-    // Without words of its own.
-    QVERIFY(!test.importer.lastError.value());
-    QVERIFY(!test.importer.isImporting);
+    for (const auto &[answer, failure] : {std::pair(ScriptedAnswer::of(500, "{}"), u"api 500"_s),
+                                          {ScriptedAnswer::truncated("{"), u"transport"_s}}) {
+        const InRow row(failure.toUtf8());
+        Importer test;
+        test.book->known = {person(u"A"_s, {}, {u"1"_s, u"2"_s, u"3"_s})};
+        test.http.answerNext(ScriptedAnswer::of(200, "{}"));
+        test.http.answerNext(answer);
+        QCOMPARE(outcomeOf(test.importer.importAndSync()).failure, failure);
+        QCOMPARE(test.requestsTo("/api/messenger/contacts/add"), 2);
+        // Without words of its own.
+        QVERIFY(!test.importer.lastError.value());
+        QVERIFY(!test.importer.isImporting);
+    }
 }
 
 void TestContactImporter::aSecondImportIsNotKeptFromStarting() {

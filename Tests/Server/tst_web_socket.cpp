@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Server/MessengerWebSocket.h"
+#include "Support/InRow.h"
 #include "Support/RecordingSocketServer.h"
 #include "Support/ScriptedHttpServer.h"
 #include "Support/TestMain.h"
@@ -15,6 +16,7 @@
 #include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
+
 using namespace orvane;
 using namespace std::chrono_literals;
 
@@ -137,65 +139,36 @@ public:
     static int child(const QStringList &arguments);
 
 private Q_SLOTS:
-    void authIsTheWholeHandshake();
-    void framesSentEarlyFollowAuth();
-    void sendWithoutConnectionDoesNothing();
-    void goodFramesReachEverySubscriber_data();
+    void authComesFirstAndNothingOfBefore();
     void goodFramesReachEverySubscriber();
-    void badFramesReachNobodyButCount_data();
     void badFramesReachNobodyButCount();
-    void eventsKeepTheirOrder();
     void aBurstLeavesOthersTheirTurnAndLosesNothing();
     void largeFramesPassBothWays();
-    void framesHaveALimit_data();
     void framesHaveALimit();
-    void aServerWithoutEndCostsLittleMemory_data();
     void aServerWithoutEndCostsLittleMemory();
-    void pingsGoOutAtTheirInterval();
-    void secondConnectLeavesOnePingTimer();
-    void replacedConnectionReportsOnceMore_data();
+    void pingsGoOutAtTheirIntervalFromOneTimer();
     void replacedConnectionReportsOnceMore();
-    void lostConnectionIsReplacedWithTheLatestToken_data();
     void lostConnectionIsReplacedWithTheLatestToken();
-    void refusedConnectionsAreTriedAgain_data();
     void refusedConnectionsAreTriedAgain();
     void frameStopsThePendingReconnect();
     void secondFailureRestartsTheDelay();
-    void serverThatNeverAnswersIsGivenUp();
-    void brokenUrlDoesNothing_data();
     void brokenUrlDoesNothing();
-    void endsCleanlyInEveryState_data();
     void endsCleanlyInEveryState();
 };
 
-void TestWebSocket::authIsTheWholeHandshake() {
-    RecordingSocketServer server;
-    MessengerWebSocket socket(server.url(), slow);
-    const QString hostile = u"a\"b\\c\nЖ"_s;
-    socket.connect(hostile);
-    QTRY_COMPARE(server.frames(0).size(), 1);
-    QCOMPARE(server.frames(0).first(), uR"({"token":"a\"b\\c\nЖ","type":"auth"})"_s);
-    QCOMPARE(server.resource(0), u"/ws"_s);
-    QVERIFY(!socket.isConnected.value());
-}
-
-void TestWebSocket::framesSentEarlyFollowAuth() {
-    RecordingSocketServer server;
-    MessengerWebSocket socket(server.url(), slow);
-    socket.connect(token);
-    socket.send(typed("one"));
-    socket.send(typed("two"));
-    QTRY_COMPARE(server.frames(0).size(), 3);
-    socket.send(typed("three"));
-    QTRY_COMPARE(server.frames(0), (QStringList{auth, frame("one"), frame("two"), frame("three")}));
-}
-
-void TestWebSocket::sendWithoutConnectionDoesNothing() {
+void TestWebSocket::authComesFirstAndNothingOfBefore() {
     RecordingSocketServer server;
     MessengerWebSocket socket(server.url(), slow);
     socket.send(typed("lost"));
-    socket.connect(token);
-    QTRY_COMPARE(server.frames(0).size(), 1);
+    socket.connect(u"a\"b\\c\nЖ"_s);
+    socket.send(typed("one"));
+    socket.send(typed("two"));
+    QTRY_COMPARE(server.frames(0).size(), 3);
+    QCOMPARE(server.resource(0), u"/ws"_s);
+    QVERIFY(!socket.isConnected.value());
+    socket.send(typed("three"));
+    QTRY_COMPARE(server.frames(0), (QStringList{uR"({"token":"a\"b\\c\nЖ","type":"auth"})"_s, frame("one"),
+                                                frame("two"), frame("three")}));
     server.sendText(0, frame("x"));
     QTRY_VERIFY(socket.isConnected.value());
     server.cut(0);
@@ -205,73 +178,47 @@ void TestWebSocket::sendWithoutConnectionDoesNothing() {
     QTRY_COMPARE(server.frames(1), QStringList{auth});
 }
 
-void TestWebSocket::goodFramesReachEverySubscriber_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("type");
-    const auto row = [](const char *text, const char *type) {
-        QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(type);
-    };
-    row(R"({"type":"typing","is_typing":true,"chat_id":"3"})", "typing");
-    row(R"( {"type" : ""} )", "");
-    row(R"({"type":"Pong"})", "Pong");
-    row(R"({"type":"новое","n":9223372036854775807})", "новое");
-    row(R"({"type":"a","type":"b"})", "b");
-}
-
 void TestWebSocket::goodFramesReachEverySubscriber() {
-    QFETCH(QString, text);
+    const std::pair<const char *, const char *> rows[] = {
+        {R"({"type":"typing","is_typing":true,"chat_id":"3"})", "typing"},
+        {R"( {"type" : ""} )", ""},
+        {R"({"type":"Pong"})", "Pong"},
+        {R"({"type":"новое","n":9223372036854775807})", "новое"},
+        {R"({"type":"a","type":"b"})", "b"},
+    };
     Live live;
     auto &[server, socket, first] = live;
-    server.sendText(0, frame("before"));
-    QTRY_COMPARE(first.types.size(), 1);
-    Subscriber second(socket);
-    server.sendText(0, text);
-    QTRY_COMPARE(first.types.size(), 2);
-    QTEST(first.types.last(), "type");
-    QCOMPARE(second.types, QStringList{first.types.last()});
-    QCOMPARE(second.last.data, QJsonDocument::fromJson(text.toUtf8()).object());
-    QCOMPARE(second.last.data.value(u"type"_s).toString(), second.last.type);
-}
-
-void TestWebSocket::badFramesReachNobodyButCount_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("binary");
-    for (const char *text :
-         {"[1,2]", R"({"kind":"x"})", "no json", "", "{", R"({"type":7})", R"({"type":null})",
-          R"({"type":["x"]})", R"({"type":"pong"})", R"({"type":"pong","chat_id":"3"})", "\"type\"", "null",
-          R"([{"type":"x"}])", R"({"data":{"type":"x"}})"})
-        QTest::newRow(text) << QByteArray(text) << false;
-    QTest::newRow("binary") << QByteArray(R"({"type":"x"})") << true;
-    QTest::newRow("binary noise") << QByteArray("\0\xff", 2) << true;
-    QTest::newRow("too deep") << R"({"type":)" + QByteArray(100'000, '[') << false;
+    for (const auto &[text, type] : rows) {
+        const InRow row(text);
+        const Subscriber second(socket);
+        server.sendText(0, QString::fromUtf8(text));
+        QTRY_COMPARE(second.types, QStringList{QString::fromUtf8(type)});
+        QCOMPARE(first.types.last(), second.types.first());
+        QCOMPARE(second.last.data, QJsonDocument::fromJson(text).object());
+    }
+    QCOMPARE(first.types.size(), std::ssize(rows));
 }
 
 void TestWebSocket::badFramesReachNobodyButCount() {
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, binary);
-    Live live;
-    auto &[server, socket, subscriber] = live;
-    QVERIFY(!socket.isConnected.value());
-    if (binary)
-        server.sendBinary(0, bytes);
-    else
-        server.sendText(0, QString::fromUtf8(bytes));
-    QTRY_VERIFY(socket.isConnected.value());
-    server.sendText(0, frame("after"));
-    QTRY_COMPARE(subscriber.types, QStringList{u"after"_s});
-}
-
-void TestWebSocket::eventsKeepTheirOrder() {
-    Live live;
-    auto &[server, socket, subscriber] = live;
-    QStringList expected;
-    for (int number = 0; number < 500; ++number) {
-        expected.append(QString::number(number));
-        server.sendText(0, uR"({"type":"%1"})"_s.arg(number));
-        if (number % 7 == 0)
-            server.sendBinary(0, "x");
+    const QByteArray binary("\0\xff", 2);
+    const QByteArray tooDeep = R"({"type":)" + QByteArray(100'000, '[');
+    for (const QByteArray &bytes :
+         QByteArrayList{"[1,2]", R"({"kind":"x"})", "no json", "", "{", R"({"type":7})", R"({"type":null})",
+                        R"({"type":["x"]})", R"({"type":"pong"})", R"({"type":"pong","chat_id":"3"})",
+                        "\"type\"", "null", R"([{"type":"x"}])", R"({"data":{"type":"x"}})", tooDeep, binary,
+                        R"({"type":"binary"})"}) {
+        const InRow row(bytes.left(40));
+        Live live;
+        auto &[server, socket, subscriber] = live;
+        QVERIFY(!socket.isConnected.value());
+        if (bytes == binary || bytes.contains("binary"))
+            server.sendBinary(0, bytes);
+        else
+            server.sendText(0, QString::fromUtf8(bytes));
+        QTRY_VERIFY(socket.isConnected.value());
+        server.sendText(0, frame("after"));
+        QTRY_COMPARE(subscriber.types, QStringList{u"after"_s});
     }
-    QTRY_COMPARE(subscriber.types, expected);
 }
 
 void TestWebSocket::aBurstLeavesOthersTheirTurnAndLosesNothing() {
@@ -291,6 +238,7 @@ void TestWebSocket::aBurstLeavesOthersTheirTurnAndLosesNothing() {
     for (int number = 0; number < 100; ++number) {
         expected.append(QString::number(number));
         server.sendText(0, uR"({"type":"%1"})"_s.arg(number));
+        server.sendBinary(0, "x");
     }
     // More than is read at once while there is a burst, and the end of the connection right behind it.
     expected.append(u"large"_s);
@@ -316,66 +264,53 @@ void TestWebSocket::largeFramesPassBothWays() {
     QCOMPARE(subscriber.last.data, map);
 }
 
-void TestWebSocket::framesHaveALimit_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("passes");
+void TestWebSocket::framesHaveALimit() {
     constexpr char text = '\x81';
     const QByteArray event = R"({"type":"x"})";
     const QByteArray padded = event + QByteArray(frameLimit - event.size(), ' ');
-    QTest::newRow("as large as may be") << frameHead(text, frameLimit) + padded << true;
-    QTest::newRow("in parts, as large as may be")
-        << frameHead('\x01', frameLimit / 2) + padded.first(frameLimit / 2) +
-               frameHead('\x80', frameLimit / 2) + padded.sliced(frameLimit / 2)
-        << true;
-    // None of these comes to its end.
-    QTest::newRow("announced") << frameHead(text, frameLimit + 1) << false;
-    QTest::newRow("announced beyond all bounds")
-        << frameHead(text, std::numeric_limits<qint64>::max()) << false;
-    QTest::newRow("announced, binary") << frameHead('\x82', frameLimit + 1) << false;
-    QTest::newRow("in parts") << frameHead('\x01', frameLimit) + padded + frameHead('\0', 1) + ' ' << false;
-}
-
-void TestWebSocket::framesHaveALimit() {
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, passes);
-    RawSocketServer server(bytes);
-    MessengerWebSocket socket(server.url(), reconnecting, frameLimit);
-    const Subscriber subscriber(socket);
-    socket.connect(token);
-    if (passes) {
-        QTRY_COMPARE(subscriber.types, QStringList{"x"});
-    } else {
-        // Without a limit the library takes 5 s to notice that no more comes.
-        QTRY_VERIFY_WITH_TIMEOUT(server.connections >= 2 && server.ended >= 1, 3000);
-        QVERIFY(!socket.isConnected.value());
+    const struct {
+        const char *name;
+        QByteArray bytes;
+        bool passes;
+    } rows[] = {
+        {"as large as may be", frameHead(text, frameLimit) + padded, true},
+        {"in parts, as large as may be",
+         frameHead('\x01', frameLimit / 2) + padded.first(frameLimit / 2) +
+             frameHead('\x80', frameLimit / 2) + padded.sliced(frameLimit / 2),
+         true},
+        // None of these comes to its end.
+        {"announced", frameHead(text, frameLimit + 1), false},
+        {"announced beyond all bounds", frameHead(text, std::numeric_limits<qint64>::max()), false},
+        {"announced, binary", frameHead('\x82', frameLimit + 1), false},
+        {"in parts", frameHead('\x01', frameLimit) + padded + frameHead('\0', 1) + ' ', false},
+    };
+    for (const auto &[name, bytes, passes] : rows) {
+        const InRow row(name);
+        RawSocketServer server(bytes);
+        MessengerWebSocket socket(server.url(), reconnecting, frameLimit);
+        const Subscriber subscriber(socket);
+        socket.connect(token);
+        if (passes) {
+            QTRY_COMPARE(subscriber.types, QStringList{"x"});
+        } else {
+            // Without a limit the library takes 5 s to notice that no more comes.
+            QTRY_VERIFY_WITH_TIMEOUT(server.connections >= 2 && server.ended >= 1, 3000);
+            QVERIFY(!socket.isConnected.value());
+        }
     }
-}
-
-void TestWebSocket::aServerWithoutEndCostsLittleMemory_data() {
-    QTest::addColumn<QString>("what");
-    for (const char *what : {"frame", "parts"})
-        QTest::newRow(what) << QString(what);
 }
 
 void TestWebSocket::aServerWithoutEndCostsLittleMemory() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     QSKIP("a sanitizer needs all addresses there are");
 #endif
-    QFETCH(QString, what);
-    const ChildResult result = runChild({what});
-    QVERIFY2(!result.crashed && result.exitCode == 0, qPrintable(result.errors));
+    for (const char *what : {"frame", "parts"}) {
+        const ChildResult result = runChild({what});
+        QVERIFY2(!result.crashed && result.exitCode == 0, what + result.errors.toUtf8());
+    }
 }
 
-void TestWebSocket::pingsGoOutAtTheirInterval() {
-    Live live(pinging);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    awaitPings(live.server, 0, 5);
-    QVERIFY2(elapsed.elapsed() >= 140, qPrintable(QString::number(elapsed.elapsed())));
-    QCOMPARE(live.server.frames(0).first(), auth);
-}
-
-void TestWebSocket::secondConnectLeavesOnePingTimer() {
+void TestWebSocket::pingsGoOutAtTheirIntervalFromOneTimer() {
     RecordingSocketServer server;
     MessengerWebSocket socket(server.url(), pinging);
     for (qsizetype connection = 0; connection < 4; ++connection) {
@@ -392,42 +327,31 @@ void TestWebSocket::secondConnectLeavesOnePingTimer() {
     QCOMPARE(server.frames(0).size(), oldFrames);
 }
 
-void TestWebSocket::replacedConnectionReportsOnceMore_data() {
-    QTest::addColumn<QString>("report");
-    QTest::newRow("an event") << u"event"_s;
-    QTest::newRow("its end") << u"end"_s;
-}
-
 void TestWebSocket::replacedConnectionReportsOnceMore() {
-    QFETCH(QString, report);
-    RecordingSocketServer server;
-    MessengerWebSocket socket(server.url(), slow);
-    const Subscriber subscriber(socket);
-    connectTwice(server, socket);
-    if (report == u"event") {
-        server.sendText(0, frame("old"));
-        QTRY_COMPARE(subscriber.types.size(), 2);
-        server.sendText(0, frame("too old"));
-    } else {
-        server.cut(0);
-        QTRY_VERIFY(!socket.isConnected.value());
+    for (const bool byAnEvent : {true, false}) {
+        const InRow row(byAnEvent ? "an event" : "its end");
+        RecordingSocketServer server;
+        MessengerWebSocket socket(server.url(), slow);
+        const Subscriber subscriber(socket);
+        connectTwice(server, socket);
+        if (byAnEvent) {
+            server.sendText(0, frame("old"));
+            QTRY_COMPARE(subscriber.types.size(), 2);
+            server.sendText(0, frame("too old"));
+        } else {
+            server.cut(0);
+            QTRY_VERIFY(!socket.isConnected.value());
+        }
+        server.sendText(1, frame("newer"));
+        QTRY_COMPARE(subscriber.types.last(), u"newer"_s);
+        QVERIFY(socket.isConnected.value());
+        QVERIFY(!subscriber.types.contains(u"too old"_s));
+        socket.send(typed("out"));
+        QTRY_COMPARE(server.frames(1), (QStringList{auth, frame("out")}));
     }
-    server.sendText(1, frame("newer"));
-    QTRY_COMPARE(subscriber.types.last(), u"newer"_s);
-    QVERIFY(socket.isConnected.value());
-    QVERIFY(!subscriber.types.contains(u"too old"_s));
-    socket.send(typed("out"));
-    QTRY_COMPARE(server.frames(1), (QStringList{auth, frame("out")}));
-}
-
-void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken_data() {
-    QTest::addColumn<bool>("politely");
-    QTest::newRow("closed") << true;
-    QTest::newRow("cut") << false;
 }
 
 void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken() {
-    QFETCH(bool, politely);
     RecordingSocketServer server;
     MessengerWebSocket socket(server.url(), reconnecting);
     socket.connect(u"first"_s);
@@ -439,10 +363,8 @@ void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken() {
         server.sendText(connection, frame("x"));
         QTRY_VERIFY(socket.isConnected.value());
         elapsed.start();
-        if (politely)
-            server.close(connection);
-        else
-            server.cut(connection);
+        const bool politely = connection % 2 == 0;
+        politely ? server.close(connection) : server.cut(connection);
         QTRY_VERIFY(!socket.isConnected.value());
         QTRY_COMPARE(server.frames(connection + 1), QStringList{auth});
         QVERIFY2(elapsed.elapsed() >= 45, qPrintable(QString::number(elapsed.elapsed())));
@@ -451,43 +373,37 @@ void TestWebSocket::lostConnectionIsReplacedWithTheLatestToken() {
     QCOMPARE(server.connections(), 5);
 }
 
-void TestWebSocket::refusedConnectionsAreTriedAgain_data() {
-    QTest::addColumn<QString>("refusal");
-    QTest::newRow("nobody listens") << u"nobody"_s;
-    QTest::newRow("a page") << u"page"_s;
-    QTest::newRow("401") << u"401"_s;
-    QTest::newRow("closed") << u"closed"_s;
-    QTest::newRow("wrong accept key") << u"key"_s;
-}
-
 void TestWebSocket::refusedConnectionsAreTriedAgain() {
-    QFETCH(QString, refusal);
-    if (refusal == u"nobody") {
-        RecordingSocketServer server;
-        server.stopListening();
-        MessengerWebSocket socket(server.url(), {1h, 20ms});
+    RecordingSocketServer closed;
+    closed.stopListening();
+    MessengerWebSocket early(closed.url(), {1h, 20ms});
+    early.connect(token);
+    early.send(typed("not kept for the next connection"));
+    QTimer::singleShot(60ms, &closed, &RecordingSocketServer::listenAgain);
+    QTRY_COMPARE(closed.frames(0), QStringList{auth});
+
+    const std::pair<const char *, ScriptedAnswer> rows[] = {
+        {"a page", ScriptedAnswer::of(200, "<html></html>")},
+        {"401", ScriptedAnswer::of(401)},
+        {"a wrong key", ScriptedAnswer::raw("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
+                                            "Connection: Upgrade\r\nSec-WebSocket-Accept: AAAA\r\n\r\n")},
+        {"closed", ScriptedAnswer::closed()},
+        {"silence", ScriptedAnswer::silence()},
+    };
+    for (const auto &[name, answer] : rows) {
+        const InRow row(name);
+        ScriptedHttpServer server;
+        for (int times = 0; times < 10; ++times)
+            server.answerNext(answer);
+        MessengerWebSocket socket(u"ws://127.0.0.1:%1/ws"_s.arg(server.port()), {1h, 20ms, 60ms});
         socket.connect(token);
-        socket.send(typed("not kept for the next connection"));
-        QTimer::singleShot(60ms, &server, &RecordingSocketServer::listenAgain);
-        QTRY_COMPARE(server.frames(0), QStringList{auth});
-        return;
-    }
-    ScriptedHttpServer server;
-    const ScriptedAnswer answer =
-        refusal == u"page"  ? ScriptedAnswer::of(200, "<html></html>")
-        : refusal == u"401" ? ScriptedAnswer::of(401)
-        : refusal == u"key" ? ScriptedAnswer::raw("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\n"
-                                                  "Connection: Upgrade\r\nSec-WebSocket-Accept: AAAA\r\n\r\n")
-                            : ScriptedAnswer::closed();
-    for (int times = 0; times < 10; ++times)
-        server.answerNext(answer);
-    MessengerWebSocket socket(u"ws://127.0.0.1:%1/ws"_s.arg(server.port()), {1h, 20ms});
-    socket.connect(token);
-    QTRY_VERIFY(server.requests().size() >= 3);
-    QVERIFY(!socket.isConnected.value());
-    for (const RecordedRequest &request : server.requests()) {
-        QCOMPARE(request.target, "/ws");
-        QVERIFY(!request.headers.contains("authorization"));
+        socket.send(typed("x"));
+        QTRY_VERIFY(server.requests().size() >= 3);
+        QVERIFY(!socket.isConnected.value());
+        for (const RecordedRequest &request : server.requests()) {
+            QCOMPARE(request.target, "/ws");
+            QVERIFY(!request.headers.contains("authorization"));
+        }
     }
 }
 
@@ -518,67 +434,49 @@ void TestWebSocket::secondFailureRestartsTheDelay() {
     QVERIFY2(sinceSecond.elapsed() >= 950, qPrintable(QString::number(sinceSecond.elapsed())));
 }
 
-void TestWebSocket::serverThatNeverAnswersIsGivenUp() {
-    ScriptedHttpServer server;
-    for (int times = 0; times < 10; ++times)
-        server.answerNext(ScriptedAnswer::silence());
-    MessengerWebSocket socket(u"ws://127.0.0.1:%1/ws"_s.arg(server.port()), {1h, 20ms, 60ms});
-    socket.connect(token);
-    socket.send(typed("x"));
-    QTRY_VERIFY(server.requests().size() >= 3);
-    QVERIFY(!socket.isConnected.value());
-}
-
-void TestWebSocket::brokenUrlDoesNothing_data() {
-    QTest::addColumn<QString>("url");
-    for (const char *url : {"", "ws://[::", "ws://127.0.0.1:99999/ws", "ws://127.0.0.1/a b"})
-        QTest::newRow(url) << QString::fromLatin1(url);
-}
-
 void TestWebSocket::brokenUrlDoesNothing() {
-    QFETCH(QString, url);
-    MessengerWebSocket socket(url, reconnecting);
-    socket.connect(token);
-    socket.send(typed("x"));
-    QVERIFY(!socket.isConnected.value());
-    QVERIFY(socket.children().isEmpty());
-}
-
-void TestWebSocket::endsCleanlyInEveryState_data() {
-    QTest::addColumn<QString>("state");
-    for (const char *state : {"idle", "connecting", "waiting", "connected", "replaced", "failed", "refused"})
-        QTest::newRow(state) << QString::fromLatin1(state);
+    for (const char *url : {"", "ws://[::", "ws://127.0.0.1:99999/ws", "ws://127.0.0.1/a b"}) {
+        const InRow row(url);
+        MessengerWebSocket socket(QLatin1StringView(url), reconnecting);
+        socket.connect(token);
+        socket.send(typed("x"));
+        QVERIFY(!socket.isConnected.value());
+        QVERIFY(socket.children().isEmpty());
+    }
 }
 
 void TestWebSocket::endsCleanlyInEveryState() {
-    QFETCH(QString, state);
-    RecordingSocketServer server;
-    auto socket = std::make_unique<MessengerWebSocket>(server.url(), slow);
-    if (state == u"refused")
-        server.stopListening();
-    if (state != u"idle")
-        socket->connect(token);
-    if (state != u"idle" && state != u"connecting" && state != u"refused")
-        QTRY_COMPARE(server.frames(0).size(), 1);
-    if (state == u"connected" || state == u"replaced" || state == u"failed") {
-        server.sendText(0, frame("x"));
-        QTRY_VERIFY(socket->isConnected.value());
+    enum State { idle, refused, connecting, waiting, connected, failed, replaced };
+    for (const State state : {idle, refused, connecting, waiting, connected, failed, replaced}) {
+        const InRow row(QByteArray::number(state));
+        RecordingSocketServer server;
+        auto socket = std::make_unique<MessengerWebSocket>(server.url(), slow);
+        if (state == refused)
+            server.stopListening();
+        if (state != idle)
+            socket->connect(token);
+        if (state >= waiting)
+            QTRY_COMPARE(server.frames(0).size(), 1);
+        if (state >= connected) {
+            server.sendText(0, frame("x"));
+            QTRY_VERIFY(socket->isConnected.value());
+        }
+        if (state == failed) {
+            server.cut(0);
+            QTRY_VERIFY(!socket->isConnected.value());
+        }
+        if (state == replaced) {
+            socket->connect(token);
+            QTRY_COMPARE(server.frames(1).size(), 1);
+        }
+        socket.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        // The next one is not disturbed by what the last one left behind.
+        RecordingSocketServer next;
+        MessengerWebSocket other(next.url(), slow);
+        other.connect(token);
+        QTRY_COMPARE(next.frames(0), QStringList{auth});
     }
-    if (state == u"replaced") {
-        socket->connect(token);
-        QTRY_COMPARE(server.frames(1).size(), 1);
-    }
-    if (state == u"failed") {
-        server.cut(0);
-        QTRY_VERIFY(!socket->isConnected.value());
-    }
-    socket.reset();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    // The next one is not disturbed by what the last one left behind.
-    RecordingSocketServer next;
-    MessengerWebSocket other(next.url(), slow);
-    other.connect(token);
-    QTRY_COMPARE(next.frames(0), QStringList{auth});
 }
 
 /// Connects to a server that goes on for ever, until that one has been given up.

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Session/OrvaneTalkEndpoint.h"
 #include "Session/OrvaneTalkFeatureFlags.h"
+#include "Session/ServerFeatures.h"
 #include "Session/UserIdText.h"
+#include "Support/HostileShapes.h"
 #include "Support/TestMain.h"
 
 #include <QUrl>
@@ -19,14 +21,12 @@ public:
     static int child(const QStringList &arguments);
 
 private Q_SLOTS:
-    void blankVariablesFallBack_data();
     void blankVariablesFallBack();
-    void onlyFourWordsTurnAFlagOn_data();
     void onlyFourWordsTurnAFlagOn();
     void plainStartTalksToTheDefaultServerWithEverythingOff();
     void valuesAreReadOnce();
-    void userIdsAreParsedExactly_data();
     void userIdsAreParsedExactly();
+    void onlyAListOfTextsAnnounces();
 };
 
 /// Prints the four values, changes the environment and prints them again.
@@ -42,42 +42,31 @@ int TestConfiguration::child(const QStringList &) {
     return 0;
 }
 
-void TestConfiguration::blankVariablesFallBack_data() {
-    QTest::addColumn<QByteArray>("value");
-    QTest::addColumn<QString>("configured");
-    const QString fallback = u"fallback"_s;
-    QTest::newRow("empty") << QByteArray("") << fallback;
-    QTest::newRow("three blanks") << QByteArray("   ") << fallback;
-    QTest::newRow("white space") << QByteArray(" \t\r\n") << fallback;
-    QTest::newRow("url") << QByteArray("http://127.0.0.1:1") << u"http://127.0.0.1:1"_s;
-    QTest::newRow("blanks around") << QByteArray(" \nhttp://a b/ \n") << u"http://a b/"_s;
-    QTest::newRow("no url") << QByteArray("::") << u"::"_s;
-}
-
 void TestConfiguration::blankVariablesFallBack() {
-    QFETCH(QByteArray, value);
-    qputenv("ORVANE_TEST_VALUE", value);
-    QTEST(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", u"fallback"_s), "configured");
+    for (const auto &[value, configured] : {std::pair("", "fallback"),
+                                            {"   ", "fallback"},
+                                            {" \t\r\n", "fallback"},
+                                            {"http://127.0.0.1:1", "http://127.0.0.1:1"},
+                                            {" \nhttp://a b/ \n", "http://a b/"},
+                                            {"::", "::"}}) {
+        qputenv("ORVANE_TEST_VALUE", value);
+        QCOMPARE(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", u"fallback"_s), configured);
+    }
     qunsetenv("ORVANE_TEST_VALUE");
     QCOMPARE(OrvaneTalkEndpoint::configured("ORVANE_TEST_VALUE", u"fallback"_s), u"fallback"_s);
 }
 
-void TestConfiguration::onlyFourWordsTurnAFlagOn_data() {
-    QTest::addColumn<QByteArray>("value");
-    QTest::addColumn<bool>("on");
-    for (const char *value : {"1", "true", "yes", "on", "ON", "True", " yes\n", "\tOn "})
-        QTest::newRow(value) << QByteArray(value) << true;
-    for (const char *value :
-         {"", " ", "0", "2", "11", "enabled", "y", "t", "off", "no", "1 1", "true.", "\"1\"", "１"})
-        QTest::newRow(value) << QByteArray(value) << false;
-}
-
 void TestConfiguration::onlyFourWordsTurnAFlagOn() {
-    QFETCH(QByteArray, value);
-    qputenv("ORVANE_TEST_FLAG", value);
-    QTEST(OrvaneTalkFeatureFlags::enabled("ORVANE_TEST_FLAG"), "on");
-    qunsetenv("ORVANE_TEST_FLAG");
     QVERIFY(!OrvaneTalkFeatureFlags::enabled("ORVANE_TEST_FLAG"));
+    for (const char *on : {"1", "true", "yes", "on", "ON", "True", " yes\n", "\tOn "}) {
+        qputenv("ORVANE_TEST_FLAG", on);
+        QVERIFY2(OrvaneTalkFeatureFlags::enabled("ORVANE_TEST_FLAG"), on);
+    }
+    for (const char *off :
+         {"", " ", "0", "2", "11", "enabled", "y", "t", "off", "no", "1 1", "true.", "\"1\"", "１"}) {
+        qputenv("ORVANE_TEST_FLAG", off);
+        QVERIFY2(!OrvaneTalkFeatureFlags::enabled("ORVANE_TEST_FLAG"), off);
+    }
 }
 
 void TestConfiguration::plainStartTalksToTheDefaultServerWithEverythingOff() {
@@ -102,32 +91,36 @@ void TestConfiguration::valuesAreReadOnce() {
     QCOMPARE(child.output, line + line);
 }
 
-void TestConfiguration::userIdsAreParsedExactly_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("valid");
-    QTest::addColumn<qint64>("id");
-    const auto row = [](const char *text, bool valid, qint64 id) {
-        QTest::addRow("<%s>", text) << QString::fromUtf8(text) << valid << id;
-    };
-    row("12", true, 12);
-    row("+12", true, 12);
-    row("-12", true, -12);
-    row("0012", true, 12);
-    row("-0", true, 0);
-    row("9223372036854775807", true, std::numeric_limits<qint64>::max());
-    row("-9223372036854775808", true, std::numeric_limits<qint64>::min());
-    for (const char *text :
-         {"", "+", "-", "12a", " 12", "12 ", "1 2", "1,000", "1.0", "1e3", "0x12", "+-1", "--1", "١٢",
-          "9223372036854775808", "-9223372036854775809", "99999999999999999999999999"})
-        row(text, false, 0);
-    QTest::newRow("a character of nothing") << u"12"_s + QChar(u'\0') << false << qint64(0);
+void TestConfiguration::userIdsAreParsedExactly() {
+    for (const auto &[text, id] : {std::pair("12", qint64(12)),
+                                   {"+12", 12},
+                                   {"-12", -12},
+                                   {"0012", 12},
+                                   {"-0", 0},
+                                   {"9223372036854775807", std::numeric_limits<qint64>::max()},
+                                   {"-9223372036854775808", std::numeric_limits<qint64>::min()}}) {
+        const InRow row(text);
+        QCOMPARE(parseUserId(QLatin1StringView(text)), id);
+    }
+    for (const QString &text :
+         {u""_s, u"+"_s, u"-"_s, u"12a"_s, u" 12"_s, u"12 "_s, u"1 2"_s, u"1,000"_s, u"1.0"_s, u"1e3"_s,
+          u"0x12"_s, u"+-1"_s, u"--1"_s, u"١٢"_s, u"9223372036854775808"_s, u"-9223372036854775809"_s,
+          u"99999999999999999999999999"_s, u"12"_s + QChar(u'\0')})
+        QVERIFY2(!parseUserId(text), qPrintable(text));
 }
 
-void TestConfiguration::userIdsAreParsedExactly() {
-    QFETCH(QString, text);
-    const auto id = parseUserId(text);
-    QTEST(id.has_value(), "valid");
-    QTEST(id.value_or(0), "id");
+void TestConfiguration::onlyAListOfTextsAnnounces() {
+    const auto read = [](const QJsonObject &map) {
+        return announcedFeatures(map).contains(ServerFeature::assistantContact) ? u"assistant"_s : QString();
+    };
+    checkAgainstHostileShapes({
+        {"one", R"({"features":["assistant-contact"]})", read, u"assistant"_s, "features"},
+        {"among others", R"({"features":["of later","assistant-contact",""]})", read, u"assistant"_s},
+        {"no text", R"({"features":["assistant-contact",null]})", read, {}},
+        {"in other letters", R"({"features":["Assistant-Contact","assistant-contact "]})", read, {}},
+    });
+    const QJsonArray endless = QJsonArray::fromStringList(QStringList(10'000, u"assistant-contact"_s));
+    QVERIFY(announcedFeatures({{"features", endless}}).isEmpty());
 }
 
 ORVANE_TEST_MAIN(TestConfiguration)

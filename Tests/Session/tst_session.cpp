@@ -2,8 +2,10 @@
 #include "Platform/UserDefaults.h"
 #include "Session/MessengerSession.h"
 #include "Support/FaultySecretStore.h"
+#include "Support/InRow.h"
 #include "Support/TestMain.h"
 
+#include <QJsonArray>
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
@@ -25,21 +27,15 @@ class TestSession : public QObject {
 
 private Q_SLOTS:
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
-    void restoreNeedsAllThreeItems_data();
     void restoreNeedsAllThreeItems();
-    void restoreSurvivesAStoreThatFailsAtEachCall_data();
     void restoreSurvivesAStoreThatFailsAtEachCall();
-    void restoreTakesTheMatrixIdOfASignedInUserOnly_data();
     void restoreTakesTheMatrixIdOfASignedInUserOnly();
-    void storeThatOpensLaterGivesTheSignIn_data();
     void storeThatOpensLaterGivesTheSignIn();
     void deviceIdIsMadeOnceAndKept();
-    void emptyDeviceIdIsReplaced();
     void adoptedValuesComeBackAfterARestart();
     void logoutClearsTheUserAndThenTurnsTheSwitch();
     void logoutKeepsTheInstallation();
     void logoutSucceedsWhenTheStoreRefuses();
-    void devicePayloadHasThreeEntries();
 
 private:
     QString path() const { return m_folder->filePath(u"defaults.ini"_s); }
@@ -52,115 +48,85 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-void TestSession::restoreNeedsAllThreeItems_data() {
-    QTest::addColumn<QString>("account");
-    /// Null for an item that is missing.
-    QTest::addColumn<QByteArray>("bytes");
-    /// The restored user, or empty for signed out.
-    QTest::addColumn<QString>("user");
-    const auto row = [](const char *account, const char *bytes, const char *user) {
-        QTest::addRow("%s %s", account, bytes ? bytes : "missing")
-            << QString::fromLatin1(account) << QByteArray(bytes) << QString::fromLatin1(user);
-    };
-    row("auth_token", "t", "t anna 7");
-    for (const char *account : {"auth_token", "auth_username", "auth_user_id"}) {
-        row(account, nullptr, "");
-        row(account, "\xff", "");
-        row(account, "1\xd0", "");
-    }
-    row("auth_user_id", "+12", "t anna 12");
-    row("auth_user_id", "-12", "t anna -12");
-    for (const char *bytes : {"", "12a", " 12", "12\n", "9223372036854775808", "1.0"})
-        row("auth_user_id", bytes, "");
-    row("auth_username", "", "t  7");
-}
-
 void TestSession::restoreNeedsAllThreeItems() {
-    QFETCH(QString, account);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, user);
-    const auto secrets = signedIn();
-    if (bytes.isNull())
-        secrets->items.remove(account);
-    else
-        secrets->items.insert(account, bytes);
-    const auto session = start(secrets);
-    QCOMPARE(session->isLoggedIn.value(), !user.isEmpty());
-    QVERIFY(!session->currentDisplayName.value());
-    if (user.isEmpty()) {
-        QVERIFY(!session->token);
-        QVERIFY(!session->currentUserId.value());
-        QVERIFY(!session->currentUsername.value());
-        QCOMPARE(session->userIdText(), u"0"_s);
-        return;
+    struct Row {
+        const char *account;
+        /// Null for an item that is missing.
+        const char *bytes;
+        /// The restored user, or empty for signed out.
+        const char *user;
+    };
+    QList<Row> rows{{"auth_token", "t", "t anna 7"},
+                    {"auth_user_id", "+12", "t anna 12"},
+                    {"auth_user_id", "-12", "t anna -12"},
+                    {"auth_username", "", "t  7"}};
+    for (const char *account : {"auth_token", "auth_username", "auth_user_id"})
+        for (const char *bytes : {static_cast<const char *>(nullptr), "\xff", "1\xd0"})
+            rows.append({account, bytes, ""});
+    for (const char *bytes : {"", "12a", " 12", "12\n", "9223372036854775808", "1.0"})
+        rows.append({"auth_user_id", bytes, ""});
+    for (const Row &row : rows) {
+        const InRow named(QByteArray(row.account) + ' ' + row.bytes);
+        const auto secrets = signedIn();
+        if (row.bytes)
+            secrets->items.insert(QLatin1StringView(row.account), row.bytes);
+        else
+            secrets->items.remove(QLatin1StringView(row.account));
+        const auto session = start(secrets);
+        const QString user =
+            u"%1 %2 %3"_s.arg(session->token.value_or(QString()),
+                              session->currentUsername.value().value_or(QString()), session->userIdText());
+        QCOMPARE(user, *row.user ? row.user : "  0");
+        QCOMPARE(session->isLoggedIn.value(), *row.user != 0);
+        QCOMPARE(session->currentUserId.value().has_value(), *row.user != 0);
+        QVERIFY(!session->currentDisplayName.value());
     }
-    QCOMPARE(u"%1 %2 %3"_s.arg(*session->token, *session->currentUsername.value(), session->userIdText()),
-             user);
-}
-
-void TestSession::restoreSurvivesAStoreThatFailsAtEachCall_data() {
-    QTest::addColumn<int>("failingCall");
-    QTest::addColumn<bool>("signedIn");
-    QTest::newRow("token") << 0 << false;
-    QTest::newRow("id") << 1 << false;
-    QTest::newRow("name") << 2 << false;
-    QTest::newRow("none") << 3 << true;
 }
 
 void TestSession::restoreSurvivesAStoreThatFailsAtEachCall() {
-    QFETCH(int, failingCall);
-    const auto secrets = signedIn();
-    secrets->failingCall = failingCall;
-    const auto session = start(secrets);
-    QTEST(session->isLoggedIn.value(), "signedIn");
-    QCOMPARE(session->token.has_value(), session->isLoggedIn.value());
-    QCOMPARE(session->deviceId.value().size(), 20);
-    // The store works again at the next start.
-    secrets->failingCall = -1;
-    QVERIFY(start(secrets)->isLoggedIn.value());
-}
-
-void TestSession::restoreTakesTheMatrixIdOfASignedInUserOnly_data() {
-    QTest::addColumn<bool>("signedIn");
-    QTest::newRow("signed in") << true;
-    QTest::newRow("signed out") << false;
+    // Token, id and name are asked for; the fourth call is never made.
+    for (int failingCall = 0; failingCall < 4; ++failingCall) {
+        const InRow row(QByteArray::number(failingCall));
+        const auto secrets = signedIn();
+        secrets->failingCall = failingCall;
+        const auto session = start(secrets);
+        QCOMPARE(session->isLoggedIn.value(), failingCall == 3);
+        QCOMPARE(session->token.has_value(), session->isLoggedIn.value());
+        QCOMPARE(session->deviceId.value().size(), 20);
+        // The store works again at the next start.
+        secrets->failingCall = -1;
+        QVERIFY(start(secrets)->isLoggedIn.value());
+    }
 }
 
 void TestSession::restoreTakesTheMatrixIdOfASignedInUserOnly() {
-    QFETCH(bool, signedIn);
-    const auto secrets = signedIn ? ::signedIn() : std::make_shared<StoredSecrets>();
-    QVERIFY(!start(secrets)->matrixId.value());
+    QVERIFY(!start(signedIn())->matrixId.value());
     UserDefaults(path()).set(u"ot_matrix_id"_s, u"@anna:example.org"_s);
-    QCOMPARE(start(secrets)->matrixId.value().value_or(QString()),
-             signedIn ? u"@anna:example.org"_s : QString());
-}
-
-void TestSession::storeThatOpensLaterGivesTheSignIn_data() {
-    QTest::addColumn<QString>("meanwhile");
-    QTest::addColumn<QString>("token");
-    QTest::newRow("nothing") << QString() << u"t"_s;
-    QTest::newRow("somebody signs in") << u"in"_s << u"theirs"_s;
-    QTest::newRow("somebody signs in and out") << u"in, out"_s << QString();
+    QCOMPARE(start(signedIn())->matrixId.value(), u"@anna:example.org"_s);
+    QVERIFY(!start(std::make_shared<StoredSecrets>())->matrixId.value());
 }
 
 void TestSession::storeThatOpensLaterGivesTheSignIn() {
-    QFETCH(QString, meanwhile);
-    const auto secrets = ::signedIn();
-    secrets->failingCall = 0;
-    const auto session = start(secrets);
-    QVERIFY(!session->isLoggedIn.value());
-    if (meanwhile.startsWith(u"in")) {
-        session->token = u"theirs"_s;
-        session->isLoggedIn = true;
+    for (const auto &[meanwhile, token] :
+         {std::pair("", "t"), {"somebody signs in", "theirs"}, {"somebody signs in and out", ""}}) {
+        const InRow row(meanwhile);
+        const auto secrets = ::signedIn();
+        secrets->failingCall = 0;
+        const auto session = start(secrets);
+        QVERIFY(!session->isLoggedIn.value());
+        if (*meanwhile) {
+            session->token = u"theirs"_s;
+            session->isLoggedIn = true;
+        }
+        if (QByteArrayView(meanwhile).endsWith("out")) {
+            // The items stay.
+            secrets->failingCall = secrets->calls.size();
+            session->logout();
+        }
+        Q_EMIT session->keychain.store().opened();
+        QCOMPARE(session->token.value_or(QString()), token);
+        QCOMPARE(session->isLoggedIn.value(), session->token.has_value());
     }
-    if (meanwhile.endsWith(u"out")) {
-        // The items stay.
-        secrets->failingCall = secrets->calls.size();
-        session->logout();
-    }
-    Q_EMIT session->keychain.store().opened();
-    QTEST(session->token.value_or(QString()), "token");
-    QCOMPARE(session->isLoggedIn.value(), session->token.has_value());
 }
 
 void TestSession::deviceIdIsMadeOnceAndKept() {
@@ -171,14 +137,11 @@ void TestSession::deviceIdIsMadeOnceAndKept() {
     QCOMPARE(start(secrets)->deviceId.value(), id);
     init();
     QVERIFY(start(secrets)->deviceId.value() != id);
-}
-
-void TestSession::emptyDeviceIdIsReplaced() {
+    // An empty one is none.
     UserDefaults(path()).set(u"ot_device_id"_s, QString());
-    const auto secrets = std::make_shared<StoredSecrets>();
-    const QString id = start(secrets)->deviceId;
-    QCOMPARE(id.size(), 20);
-    QCOMPARE(start(secrets)->deviceId.value(), id);
+    const QString next = start(secrets)->deviceId;
+    QCOMPARE(next.size(), 20);
+    QCOMPARE(start(secrets)->deviceId.value(), next);
 }
 
 void TestSession::adoptedValuesComeBackAfterARestart() {
@@ -201,7 +164,9 @@ void TestSession::adoptedValuesComeBackAfterARestart() {
 void TestSession::logoutClearsTheUserAndThenTurnsTheSwitch() {
     const auto session = start(signedIn());
     session->currentDisplayName = u"Anna"_s;
-    session->matrixId = u"@anna:example.org"_s;
+    session->adoptFederation(
+        {{"matrix_id", "@anna:example.org"}, {"features", QJsonArray{"assistant-contact"}}});
+    QVERIFY(session->offers(ServerFeature::assistantContact));
     QStringList order;
     const auto note = [&order](const char *name) {
         return [&order, name] { order.append(QLatin1StringView(name)); };
@@ -216,6 +181,7 @@ void TestSession::logoutClearsTheUserAndThenTurnsTheSwitch() {
     QCOMPARE(order.join(u' '), u"id username displayName matrixId switch"_s);
     QVERIFY(!session->currentUserId.value() && !session->currentUsername.value());
     QVERIFY(!session->currentDisplayName.value() && !session->matrixId.value());
+    QVERIFY(!session->offers(ServerFeature::assistantContact));
     QVERIFY(!session->keychain.getToken());
     session->logout();
     QCOMPARE(order.size(), 5);
@@ -246,14 +212,6 @@ void TestSession::logoutSucceedsWhenTheStoreRefuses() {
     QVERIFY(!session->isLoggedIn.value());
     QVERIFY(!session->token);
     QCOMPARE(secrets->items.size(), 3);
-}
-
-void TestSession::devicePayloadHasThreeEntries() {
-    const auto session = start(signedIn());
-    session->adoptDeviceId(u"d"_s);
-    QCOMPARE(session->devicePayload(),
-             (QMap<QString, QString>{
-                 {u"device_id"_s, u"d"_s}, {u"device_name"_s, u"Mac"_s}, {u"platform"_s, u"macos"_s}}));
 }
 
 ORVANE_TEST_MAIN(TestSession)
