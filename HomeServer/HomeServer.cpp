@@ -5,6 +5,7 @@
 #include "HomeServer/Accounts/Devices.h"
 #include "HomeServer/Accounts/Sessions.h"
 #include "HomeServer/Accounts/SignIn.h"
+#include "HomeServer/Accounts/Visitors.h"
 #include "HomeServer/Ai/AiOperations.h"
 #include "HomeServer/Ai/ModelEndpoint.h"
 #include "HomeServer/Chats/ChatOperations.h"
@@ -35,13 +36,14 @@
 #include "HomeServer/Robots/RobotAccounts.h"
 #include "HomeServer/Robots/RobotRunner.h"
 #include "HomeServer/Security/Brakes.h"
+#include "HomeServer/Security/HashQueue.h"
 #include "HomeServer/Security/LoginThrottle.h"
+#include "HomeServer/Store/Commits.h"
 #include "HomeServer/Store/Database.h"
 #include "HomeServer/Store/FolderLock.h"
 
 #include <QDir>
 #include <QNetworkAccessManager>
-#include <QThreadPool>
 
 namespace orvane::homeserver {
 
@@ -95,32 +97,26 @@ struct HomeServer::Running {
         , robots(services)
         , files(QDir(options.dataFolder).filePath(u"files"_s), options.maxStoredBytes)
         , model(options.aiUrl, network)
-        , services{options,
-                   database,
-                   events,
-                   throttle,
-                   robots,
-                   files,
-                   network,
-                   model,
-                   [this] { return httpUrl().toString(); },
-                   workers,
-                   router.features(),
-                   brakes}
+        , services{options,           database, events,
+                   throttle,          robots,   files,
+                   network,           model,    [this] { return httpUrl().toString(); },
+                   hashing,           visitors, commits,
+                   router.features(), brakes}
         , dispatcher(router, services)
         , http([this](const Request &request) { return dispatcher.admit(request); },
                [this](const Request &request, const HttpFront::Finish &finish) {
                    dispatcher.handle(request, finish);
                },
                faults, HttpFront::Limits{options.connections, options.patience}) {
-        workers.setMaxThreadCount(2);
         Work work(services);
         work.run([&] {
             fixServerName(database);
             createBuiltIns(work);
             forgetOldKeys(database, services.now());
             dropLostFiles(work);
+            dropStrayBytes(work);
         });
+        commits.flush();
         QObject::connect(&events, &EventHub::frameReceived, &dispatcher, &Dispatcher::handleFrame);
         QObject::connect(&events, &EventHub::presenceChanged, &dispatcher,
                          [this](qint64 userId, bool online) {
@@ -133,7 +129,7 @@ struct HomeServer::Running {
         http.close();
         QObject::disconnect(&events, nullptr, nullptr, nullptr);
         events.stop();
-        workers.waitForDone();
+        hashing.waitForDone();
     }
 
     Q_DISABLE_COPY_MOVE(Running)
@@ -141,9 +137,11 @@ struct HomeServer::Running {
     QUrl httpUrl() const { return urlOf(u"http"_s, services.options.address, http.port()); }
 
     FolderLock lock;
-    QThreadPool workers;
+    HashQueue hashing;
     Database database;
-    LoginThrottle throttle;
+    Commits commits{database};
+    Visitors visitors{database};
+    LoginThrottle throttle{database, visitors};
     Brakes brakes;
     EventHub events;
     RobotRunner robots;

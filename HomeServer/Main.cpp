@@ -62,7 +62,14 @@ int main(int argc, char **argv) {
     QCommandLineParser parser;
     parser.setApplicationDescription(u"A home server for OrvaneTalk"_s);
     parser.addHelpOption();
-    parser.addOptions({listen, httpPort, wsPort, data});
+    const QCommandLineOption closed(u"closed-registration"_s, u"Nobody makes an account."_s);
+    const QCommandLineOption invited(u"invited-registration"_s,
+                                     u"Only who has an invitation to a chat makes an account."_s);
+    const QCommandLineOption proxy(
+        u"trusted-proxy"_s, u"A proxy whose X-Forwarded-For counts; may be given again."_s, u"address"_s);
+    const QCommandLineOption localPeers(u"allow-local-peers"_s,
+                                        u"Let users have other servers at private addresses asked."_s);
+    parser.addOptions({listen, httpPort, wsPort, data, closed, invited, proxy, localPeers});
     parser.process(application);
 
     Options options;
@@ -77,6 +84,15 @@ int main(int argc, char **argv) {
     options.dataFolder = parser.value(data);
     if (options.dataFolder.isEmpty())
         return fail(u"--data FOLDER is needed"_s);
+    for (const QString &address : parser.values(proxy)) {
+        options.connections.proxies.append(QHostAddress(address));
+        if (options.connections.proxies.last().isNull())
+            return fail(u"not an address: "_s + address);
+    }
+    options.registration = parser.isSet(closed)    ? Registration::Closed
+                           : parser.isSet(invited) ? Registration::Invited
+                                                   : Registration::Open;
+    options.allowLocalPeers = parser.isSet(localPeers);
     options.aiUrl = qEnvironmentVariable("ORVANE_AI_URL");
 
     umask(S_IRWXG | S_IRWXO);

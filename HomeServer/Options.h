@@ -11,6 +11,13 @@
 
 namespace orvane::homeserver {
 
+// Who may make an account.
+enum class Registration {
+    Open,
+    Invited, // whoever brings the code of an invitation to a chat
+    Closed,
+};
+
 // How one home server runs. Times are milliseconds unless told otherwise.
 struct Options {
     QHostAddress address = QHostAddress(QHostAddress::LocalHost);
@@ -23,8 +30,10 @@ struct Options {
     GateBounds connections;    // of each of the two ports
     qint64 maxUnsentBytes = 4LL * 1024 * 1024;    // for one event socket, then it is closed
     qint64 maxStoredBytes = 2048LL * 1024 * 1024; // uploads of all users together
-    QString aiUrl;                                // OpenAI-compatible base, or empty
-    std::function<double()> clock;                // Unix seconds; empty: the system's clock
+    Registration registration = Registration::Open;
+    bool allowLocalPeers = false;  // whether requests on a user's word may go to private addresses
+    QString aiUrl;                 // OpenAI-compatible base, or empty
+    std::function<double()> clock; // Unix seconds; empty: the system's clock
 };
 
 } // namespace orvane::homeserver

@@ -16,6 +16,7 @@ endif()
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Qml)
 find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
+find_package(ICU 70 REQUIRED COMPONENTS i18n uc)
 if(NOT ORVANETALK_FUZZ)
     find_package(Qt6 6.4 REQUIRED COMPONENTS Concurrent DBus Gui HttpServer Network Quick Sql Svg WebSockets)
     find_package(QCoro6 0.8 REQUIRED COMPONENTS Core Network)

@@ -6,13 +6,14 @@
 #include "HomeServer/Files/LostFiles.h"
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
+#include "HomeServer/Security/HashQueue.h"
 #include "HomeServer/Security/LoginThrottle.h"
 #include "HomeServer/Security/Passwords.h"
 #include "HomeServer/Security/Sealed.h"
+#include "HomeServer/Store/Commits.h"
 #include "HomeServer/Store/Query.h"
 
 #include <QJsonDocument>
-#include <QtConcurrentRun>
 
 namespace orvane::homeserver {
 
@@ -33,7 +34,7 @@ QFuture<Operation> backup(Call &call) {
         refuseBadRequest();
     const QByteArray data =
         QJsonDocument(exportOf(call.database(), call.caller.userId)).toJson(QJsonDocument::Compact);
-    return QtConcurrent::run(&call.services.workers, seal, data, password)
+    return call.services.hashing.run([data, password] { return seal(data, password); })
         .then([](const QJsonObject &sealed) -> Operation {
             return [sealed](Call &later) {
                 QJsonObject answer = sealed;
@@ -48,6 +49,9 @@ Answer finishDeletion(Call &call, bool verified) {
     if (!verified)
         throw Refusal(403, "invalid_credentials");
     const qint64 self = call.caller.userId;
+    execute(call.database(),
+            u"DELETE FROM sign_in_failures WHERE name_key = (SELECT username_key FROM users WHERE id = ?)"_s,
+            {self});
     // A direct chat that outlives one of the two needs a name, since nobody is left to give it theirs.
     execute(call.database(),
             u"UPDATE chats SET title = 'Deleted account', direct_key = NULL WHERE type = 'direct' "
@@ -60,6 +64,8 @@ Answer finishDeletion(Call &call, bool verified) {
             u"DELETE FROM chats WHERE id <> 'lobby' AND NOT EXISTS (SELECT 1 FROM members k JOIN users u "
             "ON u.id = k.user_id WHERE k.chat_id = chats.id AND u.is_bot = 0)"_s);
     dropLostFiles(call);
+    dropStrayBytes(call);
+    call.services.commits.scrubLog();
     call.afterwards([&hub = call.services.events, self] { hub.close(self); });
     return Answer({{"status"_L1, "deleted"_L1}});
 }
@@ -74,7 +80,8 @@ QFuture<Operation> deleteAccount(Call &call) {
     if (throttle.isClosed(key, call.request.address, call.services.now()))
         throw Refusal(429, "too_many_attempts");
     throttle.failed(key, call.request.address, call.services.now());
-    return QtConcurrent::run(&call.services.workers, verifyPassword, password, row.text(1))
+    return call.services.hashing
+        .run([password, hash = row.text(1)] { return verifyPassword(password, hash); })
         .then([](bool verified) -> Operation {
             return [verified](Call &later) { return finishDeletion(later, verified); };
         });

@@ -6,14 +6,11 @@
 #include "HomeServer/Chats/ChatStore.h"
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
-#include "HomeServer/Robots/RobotAccounts.h"
+#include "HomeServer/Options.h"
+#include "HomeServer/Security/HashQueue.h"
 #include "HomeServer/Security/LoginThrottle.h"
 #include "HomeServer/Security/Passwords.h"
 #include "HomeServer/Store/Query.h"
-
-#include <QtConcurrentRun>
-
-#include <algorithm>
 
 namespace orvane::homeserver {
 
@@ -22,13 +19,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype longestName = 64;
+constexpr qsizetype shortestPassword = 6;
 constexpr qsizetype longestPassword = 1024;
-
-bool isPrintable(const QString &name) {
-    return !name.trimmed().isEmpty() && std::ranges::all_of(name, [](QChar c) {
-        return c.category() != QChar::Other_Control && c.category() != QChar::Other_Format;
-    });
-}
 
 Answer signedIn(Call &call, qint64 userId, const Device &device, int status) {
     rememberDevice(call, userId, device);
@@ -45,9 +37,24 @@ Answer signedIn(Call &call, qint64 userId, const Device &device, int status) {
         status);
 }
 
-Answer finishRegistration(Call &call, const NewUser &newcomer, const Device &device) {
+// The chat that a newcomer's invitation is for, where one is needed; refuses whoever may not come.
+QString invitation(Call &call) {
+    const Registration rule = call.services.options.registration;
+    if (rule == Registration::Open)
+        return {};
+    Query row(call.database(), u"SELECT chat_id FROM invites WHERE code = ? AND expires_at > ?"_s,
+              {fields::textOrEmpty(call.body, "invite_code"_L1), call.services.now()});
+    if (rule == Registration::Closed || !row.next())
+        throw Refusal(403, "registration_closed");
+    return row.text(0);
+}
+
+Answer finishRegistration(Call &call, const NewUser &newcomer, const Device &device,
+                          const QString &invitedTo) {
     const qint64 user = createUser(call, newcomer);
     welcome(call, user);
+    if (!invitedTo.isEmpty())
+        addMember(call, invitedTo, user);
     return signedIn(call, user, device, 201);
 }
 
@@ -57,13 +64,15 @@ QFuture<Operation> registerAccount(Call &call) {
     QString shown = fields::textOrEmpty(call.body, "display_name"_L1, longestName);
     if (shown.isEmpty())
         shown = username;
-    if (!isPrintable(username) || !isPrintable(shown) || isReservedName(username))
+    if (!isHonestUsername(username) || isReservedName(username) || !isShowable(shown) ||
+        password.size() < shortestPassword)
         refuseBadRequest();
+    const QString invitedTo = invitation(call);
     const Device device = deviceOf(call.body);
-    return QtConcurrent::run(&call.services.workers, hashPassword, password)
-        .then([username, shown, device](const QString &hash) -> Operation {
-            return [newcomer = NewUser{username, shown, hash}, device](Call &later) {
-                return finishRegistration(later, newcomer, device);
+    return call.services.hashing.run([password] { return hashPassword(password); })
+        .then([username, shown, device, invitedTo](const QString &hash) -> Operation {
+            return [newcomer = NewUser{username, shown, hash}, device, invitedTo](Call &later) {
+                return finishRegistration(later, newcomer, device, invitedTo);
             };
         });
 }
@@ -89,7 +98,7 @@ QFuture<Operation> login(Call &call) {
     Query row(call.database(), u"SELECT password_hash FROM users WHERE username_key = ?"_s,
               {nameKey(username)});
     const QString hash = row.next() ? row.text(0) : QString();
-    return QtConcurrent::run(&call.services.workers, verifyPassword, password, hash)
+    return call.services.hashing.run([password, hash] { return verifyPassword(password, hash); })
         .then([username, device](bool verified) -> Operation {
             return [verified, username, device](Call &later) {
                 return finishLogin(later, verified, username, device);

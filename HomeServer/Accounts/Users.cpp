@@ -8,21 +8,20 @@ namespace orvane::homeserver {
 
 using namespace Qt::StringLiterals;
 
-QString nameKey(const QString &name) {
-    return name.normalized(QString::NormalizationForm_KC).toCaseFolded();
-}
-
 qint64 createUser(Work &work, const NewUser &user) {
     const QString key = nameKey(user.username);
-    if (exists(work.database(), u"SELECT 1 FROM users WHERE username_key = ?"_s, {key}))
+    const QString skeleton = nameSkeleton(user.username);
+    if (exists(work.database(),
+               u"SELECT 1 FROM users WHERE username_key = ? OR (skeleton = ? AND is_bot = 0 AND NOT ?)"_s,
+               {key, skeleton, user.bot}))
         throw Refusal(409, "username_taken");
     const QVariant hash = user.passwordHash.isEmpty() ? QVariant() : QVariant(user.passwordHash);
     const Query inserted(work.database(),
                          u"INSERT INTO users(username, username_key, display_name, display_key, "
-                         u"password_hash, is_bot, created_at) "
-                         "VALUES (?, ?, ?, ?, ?, ?, ?)"_s,
+                         u"password_hash, is_bot, created_at, skeleton) "
+                         "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"_s,
                          {user.username, key, user.displayName, nameKey(user.displayName), hash, user.bot,
-                          work.services.now()});
+                          work.services.now(), skeleton});
     return inserted.insertedId();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "HomeServer/Operations/Call.h"
+#include "HomeServer/Security/Names.h"
 
 #include <optional>
 
@@ -16,10 +17,7 @@ struct NewUser {
     bool bot = false;
 };
 
-// What two usernames are compared by: the same letters in another case or form are the same name.
-QString nameKey(const QString &name);
-
-// Makes the account alone. Refuses a name that is taken with 409.
+// Makes the account alone. Refuses a name that is taken, or looks like one of a person's, with 409.
 qint64 createUser(Work &work, const NewUser &user);
 
 std::optional<qint64> userNamed(Database &database, const QString &username);

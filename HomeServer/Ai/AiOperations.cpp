@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "HomeServer/Ai/AiOperations.h"
 
+#include "HomeServer/Accounts/Visitors.h"
 #include "HomeServer/Ai/Memory.h"
 #include "HomeServer/Ai/ModelEndpoint.h"
 #include "HomeServer/Ai/TextRules.h"
@@ -9,6 +10,7 @@
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
 #include "HomeServer/Robots/Assistant.h"
+#include "HomeServer/Security/Brakes.h"
 #include "HomeServer/Store/Query.h"
 
 #include <QRegularExpression>
@@ -243,7 +245,13 @@ Question translate(Call &call) {
             }};
 }
 
+// Comes without a token, so it is for those who are at a member's address, and not without end.
 Question freeForm(Call &call) {
+    const double now = call.services.now();
+    if (call.services.model.isThere() && !call.services.visitors.isMembersAddress(call.request.address, now))
+        refuseForbidden();
+    if (!call.services.brakes.freeQuestions.allows(sourceOf(call.request.address), now))
+        throw Refusal(429, "too_many_requests");
     return {{{u"user"_s, fields::text(call.body, "message"_L1, longestPrompt)}},
             [](Call &, const QString &said) {
                 return Answer({{"response"_L1, requireSaid(said)}});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "HomeServer/Ai/TextRules.h"
 
-#include "HomeServer/Chats/Search.h"
+#include "HomeServer/Store/Words.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -40,7 +40,7 @@ QList<Sentence> sentencesOf(const QList<Line> &lines) {
         for (const QString &piece : line.text.split(end, Qt::SkipEmptyParts)) {
             const QString text = piece.simplified().left(longestSentence);
             if (!text.isEmpty())
-                sentences.append({line.speaker + u": "_s + text, searchWords(text)});
+                sentences.append({line.speaker + u": "_s + text, wordsOf(text)});
         }
     return sentences.mid(std::max<qsizetype>(0, sentences.size() - mostSentences));
 }

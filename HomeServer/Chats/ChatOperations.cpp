@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "HomeServer/Chats/ChatOperations.h"
 
+#include "HomeServer/Accounts/Visitors.h"
 #include "HomeServer/Chats/ChatStore.h"
 #include "HomeServer/Federation/ServerName.h"
 #include "HomeServer/Http/Fields.h"
@@ -25,6 +26,7 @@ QList<qint64> participants(Call &call, QLatin1StringView key) {
 }
 
 Answer created(Call &call, const QString &id) {
+    call.services.visitors.note(call.request.address, call.caller.userId, id, call.services.now());
     return Answer({{"chat"_L1, chatRecord(call.database(), id, call.caller.userId)}}, 201);
 }
 

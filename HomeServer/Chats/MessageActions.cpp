@@ -7,7 +7,9 @@
 #include "HomeServer/Files/LostFiles.h"
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
+#include "HomeServer/Store/Commits.h"
 #include "HomeServer/Store/Query.h"
+#include "HomeServer/Store/Words.h"
 
 namespace orvane::homeserver {
 
@@ -31,8 +33,13 @@ void tellMembers(Call &call, const QString &chatId, const QJsonObject &event) {
 
 Answer edit(Call &call) {
     const MessagePlace place = requireOwnMessage(call);
+    const QString content = fields::text(call.body, "content"_L1, fields::longText);
     execute(call.database(), u"UPDATE messages SET content = ?, edited_at = ? WHERE seq = ?"_s,
-            {fields::text(call.body, "content"_L1, fields::longText), call.services.now(), place.seq});
+            {content, call.services.now(), place.seq});
+    indexWords(call.database(), place.seq, content);
+    noteFiles(call.database(), call.part("message"), content);
+    dropLostFiles(call);
+    call.services.commits.scrubLog();
     const QJsonObject record =
         messageRecords(call.database(), call.caller.userId, u"m.seq = ?"_s, {place.seq}, {})
             .first()
@@ -43,11 +50,11 @@ Answer edit(Call &call) {
 
 Answer remove(Call &call) {
     const MessagePlace place = requireOwnMessage(call);
-    const bool voice =
-        exists(call.database(), u"SELECT 1 FROM messages WHERE seq = ? AND type = 'voice'"_s, {place.seq});
+    const bool files = namesFiles(call.database(), call.part("message"));
     execute(call.database(), u"DELETE FROM messages WHERE seq = ?"_s, {place.seq});
-    if (voice)
+    if (files)
         dropLostFiles(call);
+    call.services.commits.scrubLog();
     QJsonObject event = chatEvent("messenger_message_deleted"_L1, place.chatId);
     event["message_id"_L1] = call.part("message");
     tellMembers(call, place.chatId, event);

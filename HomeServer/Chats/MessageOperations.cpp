@@ -52,11 +52,10 @@ void requireVoice(Call &call, const QString &chat) {
         requireOwner(call.database(), chat, call.caller.userId);
 }
 
-Answer newMessage(Call &call) {
+NewMessage readMessage(Call &call) {
     NewMessage message;
     message.wantedId = QString::fromLatin1(call.request.idempotencyKey);
     message.chatId = call.part("chat");
-    requireVoice(call, message.chatId);
     message.type = fields::optionalText(call.body, "type"_L1).value_or(u"text"_s);
     if (std::ranges::find(messageTypes, message.type) == messageTypes.end())
         refuseBadRequest();
@@ -64,7 +63,12 @@ Answer newMessage(Call &call) {
     message.replyTo = fields::optionalText(call.body, "reply_to"_L1);
     message.forwardedFrom = fields::optionalObject(call.body, "forwarded_from"_L1);
     message.zkPayload = fields::optionalObject(call.body, "zk_payload"_L1);
-    return Answer({{"message"_L1, postMessage(call, message, call.caller)}}, 201);
+    return message;
+}
+
+Answer newMessage(Call &call) {
+    requireVoice(call, call.part("chat"));
+    return postOnce(call, [&] { return readMessage(call); });
 }
 
 Answer readReceipt(Call &call) {

@@ -4,9 +4,12 @@
 #include "HomeServer/Accounts/Users.h"
 #include "HomeServer/Chats/ChatStore.h"
 #include "HomeServer/Chats/Events.h"
+#include "HomeServer/Files/LostFiles.h"
+#include "HomeServer/Operations/Idempotency.h"
 #include "HomeServer/Robots/RobotRunner.h"
 #include "HomeServer/Security/Tokens.h"
 #include "HomeServer/Store/Query.h"
+#include "HomeServer/Store/Words.h"
 
 #include <QJsonDocument>
 #include <QRegularExpression>
@@ -84,13 +87,15 @@ QJsonObject postMessage(Work &work, const NewMessage &message, const Caller &sen
         !QUuid::fromString(message.wantedId).isNull() && message.wantedId.size() == 36 &&
         !exists(work.database(), u"SELECT 1 FROM messages WHERE id = ?"_s, {message.wantedId});
     const QString id = wanted ? message.wantedId : newId();
-    execute(
+    const Query inserted(
         work.database(),
         u"INSERT INTO messages(id, chat_id, sender_id, type, content, created_at, reply_to, forwarded_from, "
         "zk_payload) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
         {id, message.chatId, sender.userId, message.type, message.content, work.services.now(),
          nullable(message.replyTo), nullable(jsonText(message.forwardedFrom)),
          nullable(jsonText(message.zkPayload))});
+    indexWords(work.database(), inserted.insertedId(), message.content);
+    noteFiles(work.database(), id, message.content);
     noteMentions(work, id, message, sender.userId);
     const QJsonObject record =
         messageRecords(work.database(), sender.userId, u"m.id = ?"_s, {id}, {}).first().toObject();
@@ -98,6 +103,17 @@ QJsonObject postMessage(Work &work, const NewMessage &message, const Caller &sen
               messageEvent("messenger_message"_L1, message.chatId, record), sender);
     work.afterwards([&robots = work.services.robots, record] { robots.notice(record); });
     return record;
+}
+
+Answer postOnce(Call &call, const std::function<NewMessage()> &message) {
+    const auto recordOf = [&](const QString &id) {
+        const QJsonArray found = messageRecords(call.database(), call.caller.userId, u"m.id = ?"_s, {id}, {});
+        if (found.isEmpty())
+            throw Refusal(410, "gone");
+        return found.first().toObject();
+    };
+    return onceOnly(
+        call, [&] { return postMessage(call, message(), call.caller); }, recordOf);
 }
 
 MessagePlace requireMessage(Database &database, const QString &messageId, qint64 userId) {

@@ -27,6 +27,10 @@ struct NewMessage {
 // the chat their turn. Returns the record. The sender's membership is the caller's matter.
 QJsonObject postMessage(Work &work, const NewMessage &message, const Caller &sender);
 
+// The answer to a request that posts what `message` makes: done once for its idempotency key. A key whose
+// message is gone is answered with 410.
+Answer postOnce(Call &call, const std::function<NewMessage()> &message);
+
 // Where a message stands and whose it is.
 struct MessagePlace {
     qint64 seq = 0;

@@ -3,8 +3,7 @@
 
 #include "HomeServer/Chats/MessageStore.h"
 #include "HomeServer/Store/Query.h"
-
-#include <QRegularExpression>
+#include "HomeServer/Store/Words.h"
 
 #include <algorithm>
 
@@ -16,16 +15,14 @@ namespace {
 
 constexpr qsizetype mostWords = 16;
 
-// Every word in quotation marks, so that nothing of a query is read as an operator.
-QString matchExpression(const QStringList &words, Words mode) {
-    QStringList terms;
-    for (const QString &word : words)
-        terms.append(u'"' + word + u"\"*"_s);
-    return terms.join(mode == Words::All ? u" "_s : u" OR "_s);
+// The last text that begins with a word, or rather the first behind all of them.
+QString beyond(const QString &word) {
+    static constexpr char32_t last = 0x10ffff;
+    return word + QString::fromUcs4(&last, 1);
 }
 
 double scoreOf(const QString &content, const QStringList &wanted) {
-    const QStringList present = searchWords(content);
+    const QStringList present = wordsOf(content);
     const auto hits = std::ranges::count_if(wanted, [&](const QString &word) {
         return std::ranges::any_of(present, [&](const QString &other) { return other.startsWith(word); });
     });
@@ -44,26 +41,25 @@ QString chatTitle(Database &database, const QString &chatId, qint64 userId) {
 
 } // namespace
 
-QStringList searchWords(const QString &query) {
-    static const QRegularExpression word(u"[\\p{L}\\p{N}]+"_s);
-    QStringList words;
-    auto found = word.globalMatch(query);
-    while (found.hasNext())
-        words.append(found.next().captured().toCaseFolded());
-    words.removeDuplicates();
-    return words;
-}
-
 QJsonArray searchMessages(Database &database, qint64 userId, const QString &query, const SearchScope &scope) {
-    const QStringList words = searchWords(query).mid(0, mostWords);
+    const QStringList words = wordsOf(query).mid(0, mostWords);
     if (words.isEmpty())
         return {};
+    QVariantList values{userId};
+    QStringList finds;
+    for (const QString &word : words) {
+        finds.append(
+            u"SELECT seq, %1 AS word FROM message_words WHERE word >= ? AND word < ?"_s.arg(finds.size()));
+        values << word << beyond(word);
+    }
+    values << (scope.words == Words::All ? words.size() : 1) << scope.chatId << scope.chatId << scope.limit;
     Query rows(database,
-               u"SELECT m.id FROM message_words w JOIN messages m ON m.seq = w.rowid "
-               "JOIN members k ON k.chat_id = m.chat_id AND k.user_id = ?2 "
-               "WHERE message_words MATCH ?1 AND (?3 = '' OR m.chat_id = ?3) "
-               "ORDER BY bm25(message_words), m.seq DESC LIMIT ?4"_s,
-               {matchExpression(words, scope.words), userId, scope.chatId, scope.limit});
+               u"SELECT m.id FROM messages m JOIN members k ON k.chat_id = m.chat_id AND k.user_id = ? "
+               "JOIN (SELECT seq, count(DISTINCT word) AS hits FROM (%1) f GROUP BY seq "
+               "HAVING count(DISTINCT word) >= ?) found ON found.seq = m.seq "
+               "WHERE (? = '' OR m.chat_id = ?) ORDER BY found.hits DESC, m.seq DESC LIMIT ?"_s.arg(
+                   finds.join(u" UNION ALL "_s)),
+               values);
     QStringList ids;
     while (rows.next())
         ids.append(rows.text(0));

@@ -16,10 +16,8 @@ struct SearchScope {
     int limit = 50;
 };
 
-// The words of a query: runs of letters and digits, case-folded, without repeats.
-QStringList searchWords(const QString &query);
-
-// Message records whose words begin with those of the query, the best match first. Records carry
+// Message records whose words begin with those of the query, the best match first,
+// and of equal ones the newest. Records carry
 // `chat_title` and `score`, the share of the query's words that the message has. No words: no results.
 QJsonArray searchMessages(Database &database, qint64 userId, const QString &query, const SearchScope &scope);
 

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "HomeServer/Federation/FederationOperations.h"
 
+#include "HomeServer/Federation/OutwardRequest.h"
 #include "HomeServer/Federation/ServerName.h"
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Operations/Router.h"
+#include "HomeServer/Options.h"
 #include "HomeServer/Store/Query.h"
 
 #include <QNetworkAccessManager>
@@ -49,26 +51,35 @@ QString domainIn(const QString &text) {
 
 Answer listPeers(Call &call) {
     QJsonArray peers;
-    Query rows(call.database(), u"SELECT domain, base_url, status FROM peers ORDER BY domain"_s);
+    Query rows(call.database(),
+               u"SELECT domain, base_url, status FROM peers WHERE user_id = ? ORDER BY domain"_s,
+               {call.caller.userId});
     while (rows.next())
         peers.append(QJsonObject{
             {"domain"_L1, rows.text(0)}, {"base_url"_L1, rows.text(1)}, {"status"_L1, rows.text(2)}});
     return Answer({{"peers"_L1, peers}});
 }
 
-Answer addPeer(Call &call) {
-    const QString base = fields::webAddress(call.body, "base_url"_L1);
-    if (base.isEmpty())
+// Scheme, host and port alone: a path would be one of somebody else's choosing.
+QString serverAddress(const QJsonObject &body) {
+    const QUrl url(fields::webAddress(body, "base_url"_L1), QUrl::StrictMode);
+    if (url.isEmpty() || !url.userInfo().isEmpty())
         refuseBadRequest();
+    return url.toString(QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment);
+}
+
+Answer addPeer(Call &call) {
+    const QString base = serverAddress(call.body);
     execute(call.database(),
-            u"INSERT INTO peers(domain, base_url) VALUES (?, ?) "
+            u"INSERT INTO peers(user_id, domain, base_url) VALUES (?, ?, ?) "
             "ON CONFLICT DO UPDATE SET base_url = excluded.base_url, status = 'unknown'"_s,
-            {domainIn(fields::text(call.body, "domain"_L1)), base});
+            {call.caller.userId, domainIn(fields::text(call.body, "domain"_L1)), base});
     return Answer({{"status"_L1, "added"_L1}}, 201);
 }
 
-QString baseUrlOf(Database &database, const QString &domain) {
-    Query row(database, u"SELECT base_url FROM peers WHERE domain = ?"_s, {domain});
+QString baseUrlOf(Call &call, const QString &domain) {
+    Query row(call.database(), u"SELECT base_url FROM peers WHERE user_id = ? AND domain = ?"_s,
+              {call.caller.userId, domain});
     return row.next() ? row.text(0) : QString();
 }
 
@@ -76,7 +87,7 @@ Answer discoverPeer(Call &call) {
     const QString domain = domainIn(fields::text(call.body, "domain"_L1));
     QJsonObject answer{{"domain"_L1, domain}};
     const QString known =
-        domain == serverName(call.database()) ? call.services.httpBase() : baseUrlOf(call.database(), domain);
+        domain == serverName(call.database()) ? call.services.httpBase() : baseUrlOf(call, domain);
     if (!known.isEmpty())
         answer["base_url"_L1] = known;
     return Answer(answer);
@@ -84,27 +95,36 @@ Answer discoverPeer(Call &call) {
 
 Answer notePing(Call &call, const QString &domain, bool answered) {
     const QString status = answered ? u"online"_s : u"offline"_s;
-    execute(call.database(), u"UPDATE peers SET status = ? WHERE domain = ?"_s, {status, domain});
+    execute(call.database(), u"UPDATE peers SET status = ? WHERE user_id = ? AND domain = ?"_s,
+            {status, call.caller.userId, domain});
     return Answer({{"domain"_L1, domain}, {"status"_L1, status}});
 }
 
 // Whatever the peer answers, it is there; only what it answers about is none of the caller's business.
 QFuture<Operation> pingPeer(Call &call) {
     const QString domain = domainIn(call.part("domain"));
-    const QString base = baseUrlOf(call.database(), domain);
+    const QString base = baseUrlOf(call, domain);
     if (base.isEmpty())
         refuseNotFound();
-    QNetworkRequest request{QUrl(base)};
-    request.setTransferTimeout(pingTimeout);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     auto promise = std::make_shared<QPromise<Operation>>();
     promise->start();
-    QNetworkReply *reply = call.services.network.head(request);
-    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, promise, domain] {
-        const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+    const auto finish = [promise, domain](bool answered) {
         promise->addResult([domain, answered](Call &later) { return notePing(later, domain, answered); });
         promise->finish();
-        reply->deleteLater();
+    };
+    QNetworkAccessManager &network = call.services.network;
+    const Reach reach = call.services.options.allowLocalPeers ? Reach::Anywhere : Reach::PublicOnly;
+    prepareOutward(QUrl(base), reach, &network, [&network, finish](std::optional<QNetworkRequest> request) {
+        if (!request) {
+            finish(false);
+            return;
+        }
+        request->setTransferTimeout(pingTimeout);
+        QNetworkReply *reply = network.head(*request);
+        QObject::connect(reply, &QNetworkReply::finished, reply, [reply, finish] {
+            finish(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid());
+            reply->deleteLater();
+        });
     });
     return promise->future();
 }

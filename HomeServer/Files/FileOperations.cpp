@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "HomeServer/Files/FileOperations.h"
 
+#include "HomeServer/Accounts/Visitors.h"
 #include "HomeServer/Chats/ChatStore.h"
 #include "HomeServer/Chats/MessageStore.h"
 #include "HomeServer/Files/FileStore.h"
+#include "HomeServer/Files/LostFiles.h"
 #include "HomeServer/Files/VoiceLength.h"
 #include "HomeServer/Http/Fields.h"
 #include "HomeServer/Http/Multipart.h"
@@ -20,6 +22,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype longestName = 200;
+constexpr qint64 mostUnnamedOfSource = 128LL * 1024 * 1024; // bytes
+constexpr qint64 mostUnnamedOfChat = 256LL * 1024 * 1024;
 
 Multipart requireFile(const Call &call) {
     Multipart form = parseMultipart(call.request.contentType, call.request.body);
@@ -43,20 +47,38 @@ QString shownName(const QByteArray &sent) {
 QString keep(Call &call, const QString &chat, QLatin1StringView kind, const Multipart &form,
              const QString &mimeType) {
     const QString id = newId();
-    execute(
-        call.database(),
-        u"INSERT INTO files(id, chat_id, kind, name, mime_type, size, created_at) VALUES (?, ?, ?, ?, ?, ?, ?)"_s,
-        {id, chat, QString(kind), shownName(form.fileName), mimeType, form.file.size(), call.services.now()});
+    execute(call.database(),
+            u"INSERT INTO files(id, chat_id, kind, name, mime_type, size, created_at, source) "
+            "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"_s,
+            {id, chat, QString(kind), shownName(form.fileName), mimeType, form.file.size(),
+             call.services.now(), sourceOf(call.request.address)});
     call.services.files.write(id, form.file);
     return id;
 }
 
-// Comes without a token, so all it can do is leave bytes under a name that nobody can guess.
+// Bytes that no message names yet, which anybody behind the address of a member may leave here.
+void checkQuotas(Call &call, const QString &chat, qint64 size) {
+    const auto unnamed = [&](const QString &column, const QString &value) {
+        return integerOf(call.database(),
+                         u"SELECT coalesce(sum(size), 0) FROM files WHERE named = 0 AND %1 = ?"_s.arg(column),
+                         {value});
+    };
+    if (unnamed(u"source"_s, sourceOf(call.request.address)) + size > mostUnnamedOfSource ||
+        unnamed(u"chat_id"_s, chat) + size > mostUnnamedOfChat)
+        throw Refusal(507, "storage_full");
+}
+
+// Comes without a token: it takes one's having been in the chat from this address, and all it can do is leave
+// bytes for an hour under a name that nobody can guess.
 Answer upload(Call &call) {
     const Multipart form = requireFile(call);
     const QString chat = QString::fromUtf8(form.fields.value("chat_id"));
     if (!exists(call.database(), u"SELECT 1 FROM chats WHERE id = ?"_s, {chat}))
         refuseNotFound();
+    if (!call.services.visitors.wasActive(call.request.address, chat, call.services.now()))
+        refuseForbidden();
+    dropLostFiles(call);
+    checkQuotas(call, chat, form.file.size());
     const QString name = shownName(form.fileName);
     const QString mimeType = QMimeDatabase().mimeTypeForFileNameAndData(name, form.file).name();
     const QString id = keep(call, chat, "file"_L1, form, mimeType);
@@ -90,12 +112,14 @@ Answer newVoiceMessage(Call &call) {
     const Multipart form = requireFile(call);
     if (form.fields.contains("chat_id") && form.fields["chat_id"] != chat.toUtf8())
         refuseBadRequest();
-    const QString id = keep(call, chat, "voice"_L1, form, u"audio/mp4"_s);
-    NewMessage message;
-    message.chatId = chat;
-    message.type = u"voice"_s;
-    message.content = u"voice:%1:%2"_s.arg(id, QString::number(voiceSeconds(form.file), 'f', 1));
-    return Answer({{"message"_L1, postMessage(call, message, call.caller)}}, 201);
+    return postOnce(call, [&] {
+        const QString id = keep(call, chat, "voice"_L1, form, u"audio/mp4"_s);
+        NewMessage message;
+        message.chatId = chat;
+        message.type = u"voice"_s;
+        message.content = u"voice:%1:%2"_s.arg(id, QString::number(voiceSeconds(form.file), 'f', 1));
+        return message;
+    });
 }
 
 Answer voice(Call &call) {

@@ -4,6 +4,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <sys/resource.h>
 
 namespace orvane::homeserver {
 
@@ -11,12 +12,23 @@ namespace {
 
 constexpr int backlog = 1024;
 constexpr int pauseMilliseconds = 1000;
+constexpr int otherDescriptors = 40; // of the whole program: database, uploads, requests of its own
+
+// One port's half of what the process may have open. Running out altogether must not happen: Qt's listener
+// takes the error for a passing one and tries again without end.
+int mostDescriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur > 1'000'000)
+        return 500'000;
+    return std::max(1, (static_cast<int>(limit.rlim_cur) - otherDescriptors) / 2);
+}
 
 } // namespace
 
 Gate::Gate(const GateBounds &bounds, QObject *parent)
     : QTcpServer(parent)
     , m_bounds(bounds) {
+    m_bounds.inAll = std::min(m_bounds.inAll, mostDescriptors());
     setListenBacklogSize(backlog);
     connect(this, &QTcpServer::acceptError, this, [this] {
         pauseAccepting();

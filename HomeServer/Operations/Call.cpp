@@ -3,7 +3,7 @@
 
 #include "HomeServer/Events/EventHub.h"
 #include "HomeServer/Options.h"
-#include "HomeServer/Store/Database.h"
+#include "HomeServer/Store/Commits.h"
 
 #include <QDateTime>
 
@@ -23,19 +23,16 @@ void Work::tell(const QList<qint64> &users, const QJsonObject &event, const Call
     });
 }
 
-void Work::run(const std::function<void()> &act) {
+void Work::run(const std::function<void()> &act, const std::function<void(bool committed)> &done) {
     m_afterwards.clear();
-    Transaction transaction(services.database);
-    act();
-    transaction.commit();
-    // What is committed stays done, whatever becomes of telling it.
-    for (const auto &step : std::exchange(m_afterwards, {})) {
-        try {
-            step();
-        } catch (const std::exception &fault) {
-            qWarning("a step after a commit failed: %s", fault.what());
-        }
-    }
+    services.commits.run(act);
+    for (const auto &step : std::exchange(m_afterwards, {}))
+        services.commits.afterwards([step](bool committed) {
+            if (committed)
+                step();
+        });
+    if (done)
+        services.commits.afterwards(done);
 }
 
 QString Call::queryText(const char *name) const {

@@ -33,9 +33,10 @@ public:
 
     void afterwards(std::function<void()> step) { m_afterwards.append(std::move(step)); }
 
-    // Runs `act` in one transaction, then what it left for afterwards. What `act` throws passes through,
-    // with the transaction rolled back and nothing told.
-    void run(const std::function<void()> &act);
+    // Runs `act` as one piece of a transaction; when that is on the disk, what it left for afterwards, and
+    // then `done`. Should it not get there, `done` alone is called, with false. What `act` throws passes
+    // through, with the piece undone and nothing told.
+    void run(const std::function<void()> &act, const std::function<void(bool committed)> &done = {});
 
 private:
     QList<std::function<void()>> m_afterwards;

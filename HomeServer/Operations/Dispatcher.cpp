@@ -2,8 +2,8 @@
 #include "HomeServer/Operations/Dispatcher.h"
 
 #include "HomeServer/Accounts/Sessions.h"
+#include "HomeServer/Accounts/Visitors.h"
 #include "HomeServer/Http/Fields.h"
-#include "HomeServer/Operations/Idempotency.h"
 
 #include <QFutureWatcher>
 #include <QJsonDocument>
@@ -62,11 +62,21 @@ void checkActingUser(const Call &call) {
         checkActingUser(call, call.queryText("user_id"));
 }
 
-Answer runOperation(Call &call, const Operation &operation) {
-    Answer answer;
-    if (auto failed = guarded([&] { call.run([&] { answer = operation(call); }); }))
-        return *failed;
-    return answer;
+// Answers when what was done is on the disk.
+void runOperation(const std::shared_ptr<Call> &call, const Operation &operation,
+                  const Dispatcher::Finish &finish) {
+    const auto answer = std::make_shared<Answer>();
+    const auto act = [&] {
+        *answer = operation(*call);
+        if (call->caller.userId != 0)
+            call->services.visitors.note(call->request.address, call->caller.userId, call->part("chat"),
+                                         call->services.now());
+    };
+    const auto done = [answer, finish](bool committed) {
+        finish(committed ? *answer : Answer::error(500, "internal"));
+    };
+    if (const auto failed = guarded([&] { call->run(act, done); }))
+        finish(*failed);
 }
 
 } // namespace
@@ -80,6 +90,9 @@ HttpFront::Admission Dispatcher::admit(const Request &request) const {
     const bool member = callerOf(m_services, request.token).has_value();
     if (route.access == Access::SignedIn && !member)
         throw Refusal(401, "unauthorized");
+    if (route.carriesFile && !member &&
+        !m_services.visitors.isMembersAddress(request.address, m_services.now()))
+        refuseForbidden();
     return {route.carriesFile ? HttpFront::maxUpload : HttpFront::maxBody, member};
 }
 
@@ -110,13 +123,10 @@ void Dispatcher::start(const Request &request, const Finish &finish) {
     if (match.route->access == Access::SignedIn)
         checkActingUser(*call);
 
-    if (match.route->slowOperation) {
+    if (match.route->slowOperation)
         startSlow(*match.route, call, finish);
-    } else if (request.idempotencyKey.isEmpty() || request.method != "POST") {
-        finish(runOperation(*call, match.route->operation));
-    } else {
-        finish(runOperation(*call, onceOnly(match.route->operation)));
-    }
+    else
+        runOperation(call, match.route->operation, finish);
 }
 
 void Dispatcher::startSlow(const Route &route, const std::shared_ptr<Call> &call, const Finish &finish) {
@@ -125,9 +135,11 @@ void Dispatcher::startSlow(const Route &route, const std::shared_ptr<Call> &call
     auto *watcher = new QFutureWatcher<Operation>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [watcher, call, finish] {
         watcher->deleteLater();
-        std::optional<Answer> answer;
-        const auto failed = guarded([&] { answer = runOperation(*call, watcher->result()); });
-        finish(failed ? *failed : *answer);
+        Operation second;
+        if (const auto failed = guarded([&] { second = watcher->result(); }))
+            finish(*failed);
+        else
+            runOperation(call, second, finish);
     });
     watcher->setFuture(future);
 }

@@ -8,16 +8,18 @@
 #include <functional>
 
 class QNetworkAccessManager;
-class QThreadPool;
 
 namespace orvane::homeserver {
 
+class Commits;
 class Database;
 class EventHub;
 class FileStore;
+class HashQueue;
 class LoginThrottle;
 class ModelEndpoint;
 class RobotRunner;
+class Visitors;
 struct Brakes;
 struct Options;
 
@@ -32,8 +34,10 @@ struct Services {
     QNetworkAccessManager &network;
     ModelEndpoint &model;
     std::function<QString()> httpBase; // "http://address:port", as clients reach this server
-    QThreadPool &workers;              // for what takes long and touches nothing of the above
-    const QStringList &features;       // what this server announces
+    HashQueue &hashing;
+    Visitors &visitors;
+    Commits &commits;
+    const QStringList &features; // what this server announces
     Brakes &brakes;
 
     double now() const; // Unix seconds

@@ -10,11 +10,6 @@ namespace orvane::homeserver {
 
 using namespace Qt::StringLiterals;
 
-bool isReservedName(const QString &username) {
-    const QString key = nameKey(username);
-    return key.startsWith("bot_"_L1) || key.startsWith("ai_"_L1);
-}
-
 void addRobots(Router &router) {
     router.announce("assistant-contact");
 }

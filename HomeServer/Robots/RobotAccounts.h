@@ -14,9 +14,6 @@ class Work;
 constexpr auto echoName = "bot_echo";
 constexpr auto assistantName = "ai_orvanetalk";
 
-// Names that only the server gives: those of robots, and those that look like one.
-bool isReservedName(const QString &username);
-
 // Announces that the assistant is a contact of everybody's.
 void addRobots(Router &router);
 

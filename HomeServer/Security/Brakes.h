@@ -11,6 +11,8 @@ struct Brakes {
     Brake oneTimeKeys{5, 3600};
     // Adding people who aren't contacts to a chat of several.
     Brake additions{50, 3600};
+    // Questions to the model without a token, from one address.
+    Brake freeQuestions{60, 3600};
 };
 
 } // namespace orvane::homeserver

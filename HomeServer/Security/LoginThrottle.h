@@ -1,27 +1,31 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QHash>
 #include <QHostAddress>
-#include <QList>
 #include <QString>
 
 namespace orvane::homeserver {
 
-// Counts failed logins of one name from one address. Five within a minute close the door until the oldest
-// of them is a minute old. Lives in memory only; times are Unix seconds given by the caller.
+class Database;
+class Visitors;
+
+// Counts failed sign-ins, over a restart too. The door is closed after five within a minute for one name from
+// one address; after thirty within a quarter of an hour for one name from addresses that its bearer hasn't
+// used in the last day; after sixty in that time from one address; and after six hundred within a minute in
+// all. Names are keys; times are Unix seconds given by the caller.
 class LoginThrottle {
 public:
+    LoginThrottle(Database &database, const Visitors &visitors)
+        : m_database(database)
+        , m_visitors(visitors) {}
+
     bool isClosed(const QString &username, const QHostAddress &address, double now);
     void failed(const QString &username, const QHostAddress &address, double now);
     void succeeded(const QString &username, const QHostAddress &address);
 
 private:
-    using Key = std::pair<QString, QHostAddress>;
-
-    void forgetOld(double now);
-
-    QHash<Key, QList<double>> m_failures;
+    Database &m_database;
+    const Visitors &m_visitors;
 };
 
 } // namespace orvane::homeserver

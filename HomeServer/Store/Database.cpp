@@ -19,7 +19,9 @@ Database::Database(const QString &path)
     if (!m_handle.open())
         throw DatabaseFault(m_handle.lastError().text().toStdString());
     execute(*this, u"PRAGMA journal_mode = WAL"_s);
-    execute(*this, u"PRAGMA synchronous = NORMAL"_s);
+    // Whoever was told that something is done finds it done after a loss of power.
+    execute(*this, u"PRAGMA synchronous = FULL"_s);
+    execute(*this, u"PRAGMA secure_delete = ON"_s);
     execute(*this, u"PRAGMA foreign_keys = ON"_s);
     migrate(*this);
 }

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "HomeServer/Store/Schema.h"
 
+#include "HomeServer/Security/Names.h"
 #include "HomeServer/Store/Query.h"
+#include "HomeServer/Store/Words.h"
 
 #include <array>
+#include <span>
 
 namespace orvane::homeserver {
 
@@ -241,21 +244,113 @@ constexpr std::array versionOne = {
     R"(CREATE TABLE server_facts (name TEXT PRIMARY KEY, value TEXT NOT NULL))",
 };
 
-constexpr qint64 currentVersion = 1;
+// Sources are addresses as brakes count them.
+constexpr std::array versionTwo = {
+    R"(ALTER TABLE users ADD COLUMN skeleton TEXT NOT NULL DEFAULT '')",
+    R"(CREATE INDEX users_by_skeleton ON users(skeleton))",
+    R"(CREATE TABLE visitors (
+        source TEXT NOT NULL,
+        user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+        chat_id TEXT NOT NULL,
+        seen_at REAL NOT NULL,
+        PRIMARY KEY (source, user_id, chat_id)))",
+    R"(CREATE INDEX visitors_by_user ON visitors(user_id))",
+    R"(CREATE TABLE sign_in_failures (
+        name_key TEXT NOT NULL,
+        source TEXT NOT NULL,
+        at REAL NOT NULL))",
+    R"(CREATE INDEX sign_in_failures_by_time ON sign_in_failures(at))",
+    // Nobody wrote down whose the peers of before were.
+    R"(DROP TABLE peers)",
+    R"(CREATE TABLE peers (
+        user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+        domain TEXT NOT NULL,
+        base_url TEXT NOT NULL,
+        status TEXT NOT NULL DEFAULT 'unknown',
+        PRIMARY KEY (user_id, domain)))",
+    R"(ALTER TABLE files ADD COLUMN source TEXT NOT NULL DEFAULT '')",
+    R"(ALTER TABLE files ADD COLUMN named INTEGER NOT NULL DEFAULT 0)",
+    R"(CREATE TABLE file_uses (
+        file_id TEXT NOT NULL REFERENCES files(id) ON DELETE CASCADE,
+        message_id TEXT NOT NULL REFERENCES messages(id) ON DELETE CASCADE,
+        PRIMARY KEY (file_id, message_id)))",
+    R"(CREATE INDEX file_uses_by_message ON file_uses(message_id))",
+    R"(INSERT INTO file_uses(file_id, message_id) SELECT f.id, m.id FROM files f JOIN messages m
+        ON m.type IN ('file', 'image', 'voice') AND instr(m.content, f.id) > 0)",
+    R"(UPDATE files SET named = 1 WHERE id IN (SELECT file_id FROM file_uses))",
+};
+
+// Nothing keeps a text but the message: answers are made anew, and the index is of plain rows, whose places
+// are overwritten when they go.
+constexpr std::array versionThree = {
+    R"(CREATE TABLE posted (
+        user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+        key TEXT NOT NULL,
+        target TEXT NOT NULL,
+        message_id TEXT NOT NULL,
+        created_at REAL NOT NULL,
+        PRIMARY KEY (user_id, key)))",
+    R"(INSERT INTO posted(user_id, key, target, message_id, created_at)
+        SELECT user_id, key, target, json_extract(CAST(answer AS TEXT), '$.message.id'), created_at FROM idempotency
+        WHERE json_valid(CAST(answer AS TEXT)) AND json_extract(CAST(answer AS TEXT), '$.message.id') IS NOT NULL)",
+    R"(DROP TABLE idempotency)",
+    R"(DROP TRIGGER words_added)",
+    R"(DROP TRIGGER words_removed)",
+    R"(DROP TRIGGER words_changed)",
+    R"(DROP TABLE message_words)",
+    R"(CREATE TABLE message_words (
+        word TEXT NOT NULL,
+        seq INTEGER NOT NULL REFERENCES messages(seq) ON DELETE CASCADE,
+        PRIMARY KEY (word, seq)) WITHOUT ROWID)",
+    R"(CREATE INDEX message_words_by_message ON message_words(seq))",
+};
+
+void fillSkeletons(Database &database) {
+    QList<std::pair<qint64, QString>> names;
+    Query rows(database, u"SELECT id, username FROM users"_s);
+    while (rows.next())
+        names.append({rows.integer(0), rows.text(1)});
+    for (const auto &[id, name] : std::as_const(names))
+        execute(database, u"UPDATE users SET skeleton = ? WHERE id = ?"_s, {nameSkeleton(name), id});
+}
+
+void fillWords(Database &database) {
+    Query rows(database, u"SELECT seq, content FROM messages"_s);
+    while (rows.next())
+        indexWords(database, rows.integer(0), rows.text(1));
+}
+
+struct Migration {
+    std::span<const char *const> statements;
+    void (*finish)(Database &) = nullptr;
+};
+
+// The place of each in this list is the version that it starts from.
+const std::array migrations = {Migration{versionOne}, Migration{versionTwo, fillSkeletons},
+                               Migration{versionThree, fillWords}};
 
 } // namespace
 
 void migrate(Database &database) {
     const qint64 version = integerOf(database, u"PRAGMA user_version"_s);
-    if (version > currentVersion)
+    const auto newest = static_cast<qint64>(migrations.size());
+    if (version > newest)
         throw DatabaseFault("the database was made by a newer server");
-    if (version == currentVersion)
+    if (version == newest)
         return;
     Transaction transaction(database);
-    for (const char *statement : versionOne)
-        execute(database, QString::fromLatin1(statement));
-    execute(database, u"PRAGMA user_version = %1"_s.arg(currentVersion));
+    for (qint64 from = version; from < newest; ++from) {
+        const Migration &migration = migrations.at(static_cast<size_t>(from));
+        for (const char *statement : migration.statements)
+            execute(database, QString::fromUtf8(statement));
+        if (migration.finish)
+            migration.finish(database);
+    }
+    execute(database, u"PRAGMA user_version = %1"_s.arg(newest));
     transaction.commit();
+    // What the old tables held is in no page of the new file.
+    if (version > 0)
+        execute(database, u"VACUUM"_s);
 }
 
 } // namespace orvane::homeserver

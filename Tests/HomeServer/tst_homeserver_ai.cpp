@@ -200,7 +200,7 @@ private Q_SLOTS:
 
     void pingTriesThePeer() {
         auto peer = std::make_unique<OneAnswer>(http("{}", "404 Not Found")); // whatever it says, it is there
-        Site site;
+        Site site([](Options &options) { options.allowLocalPeers = true; });
         Person anna(site, u"anna"_s);
         anna.post(u"federation/peers"_s, {{"domain"_L1, "Near.Example"_L1}, {"base_url"_L1, peer->url()}});
         const auto status = [&] { return anna.get(u"federation/peers"_s).text("peers.0.status"); };

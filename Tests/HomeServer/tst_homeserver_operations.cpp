@@ -107,7 +107,7 @@ const Row operations[] = {
     {"GET", "federation/peers", "", 200, "peers"},
     {"POST", "federation/peers", R"({"domain":"far.example","base_url":"https://far.example"})", 201,
      "status", 201},
-    {"POST", "federation/peers/down.example/ping", "{}", 200, "status"},
+    {"POST", "federation/peers/down.example/ping", "{}", 200, "status", 404},
     {"POST", "federation/peers/discover", R"({"domain":"down.example","mx_id":"down.example"})", 200,
      "base_url"},
     {"POST", "p2p/register", R"({"local_ip":"192.168.7.5","device_id":"device-1"})", 200, "subnet"},

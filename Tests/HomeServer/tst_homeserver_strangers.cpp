@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Client.h"
+#include "HomeServer/Federation/OutwardRequest.h"
 #include "HomeServer/Http/BodyBudget.h"
 
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QJsonDocument>
 #include <QProcess>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
 
@@ -151,7 +155,7 @@ private Q_SLOTS:
             crowd.push_back(std::make_unique<Raw>(program.http));
         const qint64 before = program.timeUsed();
         QTest::qWait(1000);
-        QVERIFY(program.timeUsed() - before < 30);
+        QVERIFY(program.timeUsed() - before < 10);
         crowd.clear();
         Raw later(program.http, get("/api/messenger/chats"));
         QVERIFY(later.answers().startsWith("HTTP/1.1 401"));
@@ -283,6 +287,142 @@ private Q_SLOTS:
         QCOMPARE(group(c.bert, c.anna), 201); // a contact
         c.site.now += 3601;
         QCOMPARE(group(c.bert, c.carl), 201);
+    }
+
+    void uploadsNeedAMemberNearby() {
+        Company c;
+        const Headers form{{"Content-Type", "multipart/form-data; boundary=B"}};
+        const auto upload = [&](const QString &chat) {
+            return c.site.send("POST", u"files/upload"_s,
+                               "--B\r\nContent-Disposition: form-data; name=\"chat_id\"\r\n\r\n" +
+                                   chat.toUtf8() +
+                                   "\r\n--B\r\nContent-Disposition: form-data; name=\"file\"; "
+                                   "filename=\"a.txt\"\r\n\r\nforget these bytes\r\n--B--\r\n",
+                               form);
+        };
+        QCOMPARE(upload(lobby()).status, 403); // nobody has been there
+        const Reply kept = upload(c.chat);
+        QCOMPARE(kept.status, 201);
+        const QString message = c.anna.say(c.chat, u"file:a.txt:"_s + kept.text("path"));
+        const Reply lost = upload(c.chat);
+        c.site.now += 3601;
+        QCOMPARE(upload(c.chat).status, 201);
+        QCOMPARE(c.site.send("GET", u'/' + lost.text("path")).status, 404);
+        QCOMPARE(c.site.send("GET", u'/' + kept.text("path")).status, 200);
+        QCOMPARE(c.anna.send("DELETE", u"messages/"_s + message).status, 200);
+        QCOMPARE(c.site.send("GET", u'/' + kept.text("path")).status, 404);
+        c.site.now += 26 * 3600;
+        QCOMPARE(upload(c.chat).status, 403);
+    }
+
+    void brakesOutliveARestart() {
+        Company c;
+        const QByteArray wrong = R"({"username":"anna","password":"guess-1"})";
+        for (const int status : {401, 401, 401, 401, 401, 429})
+            QCOMPARE(c.site.send("POST", u"/api/auth/login"_s, wrong).status, status);
+        c.site.restart();
+        QCOMPARE(c.site.send("POST", u"/api/auth/login"_s, wrong).status, 429);
+    }
+
+    void namesAreHonest() {
+        Company c;
+        const auto join = [&](const char16_t *name, const char16_t *shown = u"") {
+            const QJsonObject body{{"username"_L1, QString::fromUtf16(name)},
+                                   {"display_name"_L1, QString::fromUtf16(shown)},
+                                   {"password"_L1, "secret-1"_L1}};
+            return c.site.send("POST", u"/api/auth/register"_s, QJsonDocument(body).toJson()).status;
+        };
+        for (const auto &[name, status] : {std::pair(u"аnna", 400), // one Cyrillic letter
+                                           {u"аппа", 201},
+                                           {u"anna ", 400},
+                                           {u"an\u00a0na", 400},
+                                           {u"an\u200bna", 400},
+                                           {u"anna\u3164", 400},
+                                           {u"\u2800", 400},
+                                           {u"ANNA", 409},
+                                           {u"cаrl", 400},
+                                           {u"scope", 201},
+                                           {u"ѕсоре", 409},
+                                           {u"car1", 409}, // looks like carl
+                                           {u"BOT_x", 400},
+                                           {u"b0t_x", 400},
+                                           {u"Ai_x", 400}})
+            QVERIFY2(join(name) == status, qPrintable(QString::fromUtf16(name)));
+        QCOMPARE(join(u"reza", u"می\u200cخواهم"), 201);
+        QCOMPARE(join(u"family", u"👨\u200d👩\u200d👧"), 201);
+        QCOMPARE(join(u"turned", u"abc\u202edef"), 400);
+        QCOMPARE(join(u"blank", u"\u200d\u200c"), 400);
+        QCOMPARE(
+            c.site.send("POST", u"/api/auth/register"_s, R"({"username":"d","password":"12345"})").status,
+            400);
+    }
+
+    void registrationCanBeClosed() {
+        const QByteArray newcomer = R"({"username":"dora","password":"secret-1","invite_code":"guess"})";
+        for (const Registration rule : {Registration::Closed, Registration::Invited}) {
+            Site site([rule](Options &options) { options.registration = rule; });
+            QCOMPARE(site.send("POST", u"/api/auth/register"_s, newcomer).error(), u"registration_closed"_s);
+        }
+    }
+
+    void addressesOfUsersArePublic() {
+        for (const auto &[address, open] : {std::pair(u"127.0.0.1"_s, false),
+                                            {u"10.1.2.3"_s, false},
+                                            {u"169.254.169.254"_s, false},
+                                            {u"172.31.0.1"_s, false},
+                                            {u"192.168.0.1"_s, false},
+                                            {u"100.64.0.1"_s, false},
+                                            {u"0.0.0.0"_s, false},
+                                            {u"255.255.255.255"_s, false},
+                                            {u"::1"_s, false},
+                                            {u"::"_s, false},
+                                            {u"fe80::1"_s, false},
+                                            {u"fd00::1"_s, false},
+                                            {u"::ffff:127.0.0.1"_s, false},
+                                            {u"64:ff9b::7f00:1"_s, false},
+                                            {u"2002:7f00:1::"_s, false},
+                                            {u"1.1.1.1"_s, true},
+                                            {u"172.32.0.1"_s, true},
+                                            {u"2606:4700::1111"_s, true}})
+            QVERIFY2(isPublic(QHostAddress(address)) == open, qPrintable(address));
+        Company c;
+        QTcpServer inside;
+        inside.listen(QHostAddress::LocalHost);
+        const QString url = u"http://localhost:%1/secret?x=1"_s.arg(inside.serverPort());
+        c.anna.post(u"federation/peers"_s, {{"domain"_L1, "in.example"_L1}, {"base_url"_L1, url}});
+        QCOMPARE(c.anna.post(u"federation/peers/in.example/ping"_s).text("status"), u"offline"_s);
+        QVERIFY(!inside.hasPendingConnections());
+        QCOMPARE(c.bert.get(u"federation/peers"_s).count("peers"), 0);
+    }
+
+    void deletedMeansDeleted() {
+        Company c;
+        const Headers key{{"Idempotency-Key", "K"}};
+        const QString path = u"chats/%1/messages"_s.arg(c.chat);
+        const QString first = c.anna.post(path, {{"content"_L1, "xylophone one"_L1}}, key).text("message.id");
+        const QString second = c.anna.say(c.chat, u"zeppelin two"_s);
+        c.carl.say(lobby(), u"quagmire three"_s);
+        QVERIFY(onDisk(c.site, "xylophone") && onDisk(c.site, "quagmire"));
+        c.anna.send("PATCH", u"messages/"_s + first, R"({"content":"nothing"})");
+        c.anna.send("DELETE", u"messages/"_s + second);
+        c.carl.send("DELETE", u"users/me"_s, R"({"password":"secret-1"})");
+        for (const char *word : {"xylophone", "zeppelin", "quagmire"})
+            QVERIFY2(!onDisk(c.site, word), word);
+        QCOMPARE(c.anna.post(path, {{"content"_L1, "xylophone one"_L1}}, key).text("message.content"),
+                 u"nothing"_s);
+        c.anna.send("DELETE", u"messages/"_s + first);
+        QCOMPARE(c.anna.post(path, {{"content"_L1, "xylophone one"_L1}}, key).status, 410);
+    }
+
+private:
+    static bool onDisk(const Site &site, const QByteArray &bytes) {
+        QDirIterator files(site.dataFolder(), QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            if (file.open(QIODevice::ReadOnly) && file.readAll().toLower().contains(bytes))
+                return true;
+        }
+        return false;
     }
 };
 
