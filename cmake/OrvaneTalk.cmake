@@ -29,12 +29,44 @@ endif()
 
 add_library(OrvaneTalkOptions INTERFACE)
 target_compile_options(OrvaneTalkOptions INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Werror)
+    -pthread -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Werror)
 target_compile_definitions(OrvaneTalkOptions INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
     QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DEPRECATED_WARNINGS)
 
+# Most of a compiler's time goes into the toolkit's headers, so they are read once for the programs and once for the
+# tests. Neither may be compiled with a definition that one of its users lacks.
+function(orvane_precompiled target)
+    file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/${target}.cpp" CONTENT "")
+    add_library(${target} STATIC "${CMAKE_BINARY_DIR}/${target}.cpp")
+    set_target_properties(${target} PROPERTIES AUTOMOC OFF)
+    target_link_libraries(${target} PRIVATE Qt6::Core OrvaneTalkOptions)
+    foreach(library IN ITEMS Qt6::Network Qt6::Qml QCoro6::Core)
+        target_include_directories(${target} SYSTEM PRIVATE
+            $<TARGET_PROPERTY:${library},INTERFACE_INCLUDE_DIRECTORIES>)
+    endforeach()
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+endfunction()
+
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT ORVANETALK_FUZZ)
+    set(headers <QCoroTask> <QAbstractListModel> <QDateTime> <QDir> <QFile> <QHash> <QJsonArray> <QJsonDocument>
+        <QJsonObject> <QNetworkReply> <QProperty> <QSet> <QStringList> <QTimer> <QUrl> <QtQml/qqmlregistration.h>
+        <algorithm> <functional> <map> <memory> <optional> <ranges> <variant>)
+    orvane_precompiled(OrvaneTalkHeaders ${headers})
+    if(BUILD_TESTING)
+        orvane_precompiled(OrvaneTalkTestHeaders ${headers})
+        target_compile_options(OrvaneTalkTestHeaders PRIVATE -UQT_NO_CAST_FROM_ASCII)
+    endif()
+endif()
+
+function(orvane_reuse_headers target from)
+    if(TARGET ${from})
+        target_precompile_headers(${target} REUSE_FROM ${from})
+    endif()
+endfunction()
+
 function(orvane_common target)
+    orvane_reuse_headers(${target} OrvaneTalkHeaders)
     target_link_libraries(${target} PRIVATE OrvaneTalkOptions)
     target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}/Sources")
 endfunction()
@@ -96,6 +128,7 @@ function(orvane_test target)
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/Tests")
     # Tests are full of ASCII literals; the programs keep the conversions explicit.
     target_compile_options(${target} PRIVATE -UQT_NO_CAST_FROM_ASCII)
+    orvane_reuse_headers(${target} OrvaneTalkTestHeaders)
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()

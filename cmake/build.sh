@@ -5,6 +5,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # A clone elsewhere finds in the cache what another one compiled.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+# Without this it passes over all that begins with precompiled headers.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 preset=$1
 shift
 

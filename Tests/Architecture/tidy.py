@@ -43,8 +43,12 @@ def headers_by_object(root: Path, build: Path) -> dict[str, list[Path]]:
 def command_for_clang(entry: dict[str, str]) -> list[str]:
     words = shlex.split(entry["command"])
     first = next(i for i, word in enumerate(words) if re.search(r"(g|clang)\+\+|c\+\+", Path(word).name))
-    # What GCC makes an error is GCC's to report.
-    return ["clang++", *(word for word in words[first + 1 :] if word not in ("-Werror", "-Wno-tsan"))]
+    # What GCC makes an error is GCC's to report, and what it precompiled nobody else can read.
+    dropped = {"-Werror", "-Wno-tsan", "-Winvalid-pch"}
+    for place, word in enumerate(words):
+        if word.endswith("cmake_pch.hxx"):
+            dropped |= {word, words[place - 1]}
+    return ["clang++", *(word for word in words[first + 1 :] if word not in dropped)]
 
 
 def main() -> int:
