@@ -39,8 +39,12 @@ private Q_SLOTS:
             QVERIFY(chat.message(0).isStarred);
             QTRY_COMPARE(chat.http.requests().size(), 3);
             QTRY_COMPARE(chat.message(0).isStarred, done);
+            QCOMPARE(chat.http.lastRequest().method, "POST");
             if (!done)
                 continue;
+            answer();
+            chat.screen->toggleStar(chat.message(0));
+            QTRY_COMPARE(chat.http.lastRequest().method, "DELETE");
             // A pin outlives its message.
             chat.screen->messages.removeAll(u"m2"_s);
             QVERIFY(pins.pinnedMessages().isEmpty() && pins.isPinned(u"m2"_s));

@@ -70,7 +70,7 @@ class TestMessageRows : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    /// Messages as "sender@minute", the expected placements as letters: d starts a day, s starts a run, e
+    /// Messages as "sender@minutes", the expected placements as letters: d starts a day, s starts a run, e
     /// ends one.
     void neighboursDecideThePlacement() {
         const auto row = [](const QString &messages, const QString &placements) {
@@ -79,7 +79,8 @@ private Q_SLOTS:
             QList<MessengerMessage> records;
             for (const QString &entry : messages.split(u' ')) {
                 records.append(message({}, entry.section(u'@', 0, 0)));
-                records.last().timestamp = midnight.addSecs(60 * entry.section(u'@', 1).toInt());
+                records.last().timestamp =
+                    midnight.addMSecs(qRound64(60'000 * entry.section(u'@', 1).toDouble()));
             }
             QStringList found;
             for (int place = 0; place < records.size(); ++place) {
@@ -92,9 +93,9 @@ private Q_SLOTS:
         row(u"a@0"_s, u"dse"_s);
         row(u"a@0 a@1 a@2"_s, u"ds  e"_s);
         row(u"a@0 b@0 a@0"_s, u"dse se se"_s);
-        // Five minutes still belong, six don't.
+        // Five minutes still belong, a second more doesn't.
         row(u"a@0 a@5"_s, u"ds e"_s);
-        row(u"a@0 a@6"_s, u"dse se"_s);
+        row(u"a@0 a@5.02"_s, u"dse se"_s);
         row(u"a@1439 a@1440"_s, u"dse dse"_s);
         // A clock that ran back.
         row(u"a@15 a@13 a@3"_s, u"ds e se"_s);

@@ -146,6 +146,10 @@ private Q_SLOTS:
         const QStringList before = desk.log.lines();
         QVERIFY(outcomeOf(desk.queue->drain()).value);
         QCOMPARE(desk.log.lines(), before);
+        // One that has ended doesn't stand in the way of the next.
+        desk.enqueue(queued(u"c"_s));
+        QVERIFY(outcomeOf(desk.queue->drain()).value);
+        QCOMPARE(keysOf(desk.http.requests()), "a b c");
     }
 
     void aLostAnswerIsAskedForWithTheSameKey() {

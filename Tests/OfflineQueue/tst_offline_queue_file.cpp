@@ -173,6 +173,7 @@ private Q_SLOTS:
             if (obstacle == Obstacle::nothing) {
                 QCOMPARE(desk.log.lines(), QStringList{u"Migrated 2 queued messages to encrypted storage"_s});
                 QCOMPARE(desk.saved(), (QList{large(), queued(u"m"_s)}));
+                QTRY_VERIFY(!QFile::exists(desk.legacyFile()));
             } else {
                 QCOMPARE(desk.log.lines(), QStringList{u"Encryption migration deferred"_s});
                 QCOMPARE(QueueDesk::read(desk.legacyFile()), legacy);
