@@ -26,7 +26,10 @@ public:
     void giveBack(const QHostAddress &address, qint64 bytes) {
         m_taken -= bytes;
         const auto entry = m_byAddress.find(address);
-        if (entry != m_byAddress.end() && (*entry -= bytes) <= 0)
+        if (entry == m_byAddress.end())
+            return;
+        *entry -= bytes;
+        if (*entry <= 0)
             m_byAddress.erase(entry);
     }
 

@@ -47,7 +47,7 @@ QString nameKey(const QString &name) {
 }
 
 QString nameSkeleton(const QString &name) {
-    const QString key = nameKey(name);
+    QString key = nameKey(name);
     QString skeleton(key.size() * 4 + 16, QChar(u'\0'));
     UErrorCode status = U_ZERO_ERROR;
     const int32_t length = uspoof_getSkeleton(
